@@ -1,0 +1,22 @@
+# A shared library of ours: hidden visibility, an export map that the linker holds it to, found
+# beside its user, and no library needed at run time but what is named here and libc.
+function(kx_add_library name map)
+    add_library(${name} SHARED ${ARGN})
+    kx_enable_warnings(${name})
+    target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    target_compile_options(${name} PRIVATE
+        -fno-exceptions -fno-rtti -fvisibility=hidden -fno-math-errno)
+    # Our own functions are called directly; only the platform layer's can be interposed.
+    target_link_options(${name} PRIVATE
+        "LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map}" LINKER:-Bsymbolic-functions
+        LINKER:--no-undefined-version LINKER:-z,relro,-z,now,-z,noexecstack)
+    set_target_properties(${name} PROPERTIES
+        LINK_DEPENDS "${PROJECT_SOURCE_DIR}/${map}"
+        BUILD_WITH_INSTALL_RPATH ON
+        INSTALL_RPATH "$ORIGIN")
+    if(NOT KX_INSTRUMENT AND NOT KX_FUZZ)
+        # Without the C++ library; static helpers of the compiler are allowed.
+        target_link_options(${name} PRIVATE -nodefaultlibs LINKER:-z,defs)
+        target_link_libraries(${name} PRIVATE c gcc)
+    endif()
+endfunction()

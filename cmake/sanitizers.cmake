@@ -1,0 +1,16 @@
+# The ways of building that instrument everything: KX_INSTRUMENT is empty or one of address,
+# thread, coverage.
+set(KX_INSTRUMENT "" CACHE STRING "Instrumentation of the whole build")
+
+if(KX_INSTRUMENT STREQUAL "address")
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+elseif(KX_INSTRUMENT STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+elseif(KX_INSTRUMENT STREQUAL "coverage")
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+elseif(NOT KX_INSTRUMENT STREQUAL "")
+    message(FATAL_ERROR "KX_INSTRUMENT: '${KX_INSTRUMENT}' is not address, thread or coverage")
+endif()

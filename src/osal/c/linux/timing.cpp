@@ -1,0 +1,91 @@
+// Clocks and the text of the current time.
+//
+// The counter is the monotonic clock in nanoseconds, so its factor is exactly 1. The text of the
+// current time is the calendar of its second, which each thread keeps until the second changes,
+// with the milliseconds put in. Reading a clock goes through the kernel's shared page and costs
+// no system call.
+
+#include "osal/export/osal_timing.h"
+
+#include <string.h>
+#include <time.h>
+
+constexpr nanotime NANOS_PER_SECOND = 1'000'000'000;
+constexpr nanotime NANOS_PER_MILLI = 1'000'000;
+
+// The calendar text of one second: "2026-03-29T14:05:09." and "+0200".
+struct CalendarText {
+    time_t second;
+    size_t date_length;  // 0 while nothing is kept
+    char date[sizeof(TimeBuffer)];
+    char offset[8];
+};
+static thread_local CalendarText calendar;
+
+constexpr size_t MILLIS_LENGTH = 3;
+constexpr size_t OFFSET_LENGTH = 5;
+
+static nanotime read_clock(clockid_t clock) {
+    struct timespec now;
+    if (clock_gettime(clock, &now) != 0)
+        return 0;
+    return now.tv_sec * NANOS_PER_SECOND + now.tv_nsec;
+}
+
+// Fills `text` for `second`; false when the text would not fit a TimeBuffer.
+static bool make_calendar_text(CalendarText* text, time_t second) {
+    struct tm local;
+    if (localtime_r(&second, &local) == nullptr)
+        return false;
+    text->date_length = strftime(text->date, sizeof text->date, "%Y-%m-%dT%H:%M:%S.", &local);
+    const size_t offset_length = strftime(text->offset, sizeof text->offset, "%z", &local);
+    text->second = second;
+    if (offset_length == OFFSET_LENGTH && text->date_length != 0 &&
+        text->date_length + MILLIS_LENGTH + OFFSET_LENGTH < sizeof(TimeBuffer))
+        return true;
+    text->date_length = 0;
+    return false;
+}
+
+// The first conversion reads the time-zone files and allocates; done while the library is
+// loaded, so that no log line has to.
+__attribute__((constructor(102))) static void read_time_zone() {
+    TimeBuffer ignored;
+    tzset();
+    timingFormatCurrentTime(ignored);
+}
+
+void _timing_get_vars(counterfreq* frequency, double* toNanos) {
+    *frequency = NANOS_PER_SECOND;
+    *toNanos = 1.0;
+}
+
+s8 timingGetCounterTime(void) {
+    return read_clock(CLOCK_MONOTONIC);
+}
+
+s8 timingGetCurrentTimeMillis(void) {
+    return read_clock(CLOCK_REALTIME) / NANOS_PER_MILLI;
+}
+
+nanotime timingGetCurrentTimeNanos(void) {
+    return read_clock(CLOCK_REALTIME);
+}
+
+bool timingFormatCurrentTime(TimeBuffer buf) {
+    struct timespec now;
+    if (clock_gettime(CLOCK_REALTIME, &now) != 0)
+        return false;
+    CalendarText* text = &calendar;
+    if ((text->second != now.tv_sec || text->date_length == 0) &&
+        !make_calendar_text(text, now.tv_sec))
+        return false;
+    memcpy(buf, text->date, sizeof text->date);
+    char* millis = buf + text->date_length;
+    const unsigned value = static_cast<unsigned>(now.tv_nsec / NANOS_PER_MILLI);
+    millis[0] = static_cast<char>('0' + value / 100);
+    millis[1] = static_cast<char>('0' + value / 10 % 10);
+    millis[2] = static_cast<char>('0' + value % 10);
+    memcpy(millis + MILLIS_LENGTH, text->offset, OFFSET_LENGTH + 1);
+    return true;
+}

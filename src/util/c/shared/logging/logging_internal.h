@@ -1,0 +1,109 @@
+// What the files of logging share, grouped by the file that defines it.
+//
+// Locks, in the order in which a thread may take them:
+//
+//   loggers_lock    the chain of loggers and the count of modules. Held shared by every walk,
+//                   exclusively only while a logger is linked in. A thread may take it shared
+//                   again while it holds it shared.
+//   a module's lock its stream. Shared while a line is written, exclusive while it is replaced.
+//   streams_lock    the list of open log files, private to streams.cpp.
+//
+// Levels and decoration words are single words that change at any time without a lock.
+#ifndef UTIL_C_SHARED_LOGGING_LOGGING_INTERNAL_H
+#define UTIL_C_SHARED_LOGGING_LOGGING_INTERNAL_H
+
+// The library is a component of its own framework, with one module.
+#define LOG_MODULES(MODULE) MODULE(DBG_UTIL, "util", NULL, 0, LOG_LEVEL_AND_MODULE)
+#include "util/export/logging_static_gen.h"
+
+#include <atomic>
+
+extern "C" {
+
+// registry.cpp
+
+extern volatile int loggers_lock;
+
+// The newest logger. The chain below a logger never changes once it is the head, so a lookup may
+// follow it without the lock.
+extern std::atomic<logger*> all_loggers;
+
+// Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
+// logiter_destroy().
+void logiter_init(logiter* iter, logger* l, LogModule m);
+
+// decorations.cpp
+
+extern const char* const msglevel_names[MSG_MAX];
+extern const char* const sanitylevel_names[SANITY_MAX];
+extern const char* const decoration_names[NUM_STD_DECORATIONS];
+
+// print.cpp
+
+// Builds one line for module `m` with the decorations word `d` and writes it. `args` may be null:
+// `fmt` is then plain text. Takes the module's lock shared.
+void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args);
+
+// streams.cpp
+
+// The stream of a file, opened unless a record already covers it, with one reference for the
+// caller; the standard streams, uncounted, for "stdout" and "stderr". Null when it cannot be had.
+log_output register_stream(const char* filename);
+
+// Adds a reference to a stream.
+void use_stream(log_output f);
+
+// Drops a reference to a stream, closing the file at zero.
+void release_stream(log_output f);
+
+// Makes `to` write to `f`, whose reference the caller has seen to, and drops the reference to
+// what it wrote to before. Takes the module's lock exclusively.
+void set_stream(logmodule* to, log_output f);
+
+// Makes `to` write to what `from` writes to at this moment. Takes both modules' locks in turn.
+void redirect_logmodule(logmodule* from, logmodule* to);
+
+// options.cpp
+
+// How an option string acts, and what it does about retired names.
+struct parse_callback {
+    int (*cb_ok)(logger* l, size_t module, const char* value, char* errbuf, size_t errlen);
+    int (*cb_not_module)(const char* token, const char* arg, char* errbuf, size_t errlen);
+    int (*cb_deprecated)(const char* message);
+};
+
+// Finds a module by name or alias, newest logger first. With callbacks, retired names lead to
+// their replacements.
+//
+//   ppl, pmindex  receive the module's logger and index; untouched when there is none
+//   errbuf        may be null; says why the name was not found, or that it is retired
+//
+// Takes no lock.
+bool find_logmodule(const parse_callback* cb, const char* name, logger** ppl, size_t* pmindex,
+                    char* errbuf, size_t errlen);
+
+}  // extern "C"
+
+// Levels and decoration words are read by other threads while they change.
+template <typename T>
+inline void store_word(T* word, T value) {
+    __atomic_store_n(word, value, __ATOMIC_RELAXED);
+}
+
+template <typename T>
+inline T load_word(const T* word) {
+    return __atomic_load_n(word, __ATOMIC_RELAXED);
+}
+
+// Calls `action` with every module that (`l`, `module`) selects, links included.
+template <typename Action>
+inline void for_each_module(logger* l, LogModule module, Action action) {
+    logiter iter;
+    logiter_init(&iter, l, module);
+    logmodule* m;
+    while (logiter_next(&iter, &m))
+        action(m);
+    logiter_destroy(&iter);
+}
+
+#endif

@@ -1,0 +1,21 @@
+// Bounded formatting: the platform's formatter with a result that tells whole texts from cut ones.
+
+#include "util/export/stringutil.h"
+
+#include <stdio.h>
+
+int kestrum_util_vsnprintf(char* buf, size_t len, const char* fmt, va_list va) {
+    if (buf == nullptr || len == 0)
+        return -1;
+    const int needed = vsnprintf(buf, len, fmt, va);
+    buf[len - 1] = '\0';
+    return needed >= 0 && static_cast<size_t>(needed) >= len ? -1 : needed;
+}
+
+int kestrum_util_snprintf(char* buf, size_t len, const char* fmt, ...) {
+    va_list va;
+    va_start(va, fmt);
+    const int result = kestrum_util_vsnprintf(buf, len, fmt, va);
+    va_end(va);
+    return result;
+}

@@ -1,0 +1,33 @@
+// The level test that stands before every log statement, inline in each component.
+#ifndef UTIL_EXPORT_LOGGING_FUNCS_H
+#define UTIL_EXPORT_LOGGING_FUNCS_H
+
+#include "util/export/logging_types.h"
+
+#include <stdbool.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// The component's own message levels, one per module. Hidden: the test addresses the array
+// directly, and never the one of another component.
+extern MsgLevel _logLevels[] __attribute__((visibility("hidden")));
+
+#ifdef __cplusplus
+}
+#endif
+
+// The message level of a module of the calling component. `module` is a real index. May be called
+// from any thread: levels are single words, changed by options and by Java without a lock, and
+// the test sees the old or the new one.
+static inline MsgLevel logGetMsgLevel(LogModule module) {
+    return __atomic_load_n(&_logLevels[module], __ATOMIC_RELAXED);
+}
+
+// True when a message of `level` to that module is to be printed.
+static inline bool logEnabled(LogModule module, MsgLevel level) {
+    return (unsigned int)logGetMsgLevel(module) >= (unsigned int)level;
+}
+
+#endif

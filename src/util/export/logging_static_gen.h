@@ -1,0 +1,263 @@
+// How a component declares itself to logging.
+//
+// The component writes one header of its own that describes its modules in macros and then
+// includes this one. All of its sources include that header; exactly one of them, in C or in C++,
+// defines LOG_DEFINE_COMPONENT first and thereby holds the data and the start-up code:
+//
+//     // gc_log.h
+//     #define LOG_MODULES(M) M(DBG_GC, "gc", "collector", LOG_IS_DEFAULT, LOG_LEVEL_AND_MODULE)
+//     #include "util/export/logging_static_gen.h"
+//
+//     // gc_log.c
+//     #define LOG_DEFINE_COMPONENT
+//     #include "gc_log.h"
+//
+//     // anywhere in the component
+//     if (logEnabled(DBG_GC, MSG_DEBUG))
+//         _logforceprint(&_loggers, DBG_GC, MSG_DEBUG, "freed %zu bytes", freed);
+//
+// Only LOG_MODULES is required. The descriptions:
+//
+//   LOG_MODULES(MODULE)               MODULE(enumerator, name, alias, flags, decorations) per
+//                                     module: the name is a string literal, the alias may be
+//                                     NULL, the flags are 0, LOG_IS_DEFAULT, LOG_IS_LINKED or
+//                                     both, and the decorations are a word of
+//                                     LOG_DECORATION_BIT()s to start with
+//   LOG_OBSOLETES(OBSOLETE)           OBSOLETE(old name, new name, enumerator, level, how) per
+//                                     retired name that has a replacement; how is OBSOLETE_FAIL
+//                                     or OBSOLETE_WARN. The replacement may be another
+//                                     component's: the enumerator is then LOG_ALL_MODULES.
+//                                     OBSOLETE(old name, NULL, LOG_ALL_MODULES, MSG_QUIET,
+//                                     OBSOLETE_FAIL) for one that has none
+//   LOG_EXTENDED_DECORATORS(DECORATOR)  DECORATOR(enumerator, name, function) per decoration of
+//                                     the component's own, at most 8; the enumerator becomes
+//                                     its decoration number and the functions must be declared
+//                                     before LOG_DEFINE_COMPONENT's inclusion
+//   LOG_MAX_DECORATION_SIZE           the bytes that extended decorations may add to a line;
+//                                     required with them
+//   LOG_MSG_DEFAULT                   message level at start and after a reset; MSG_WARN
+//   LOG_SANITY_DEFAULT                sanity level at start and after a reset; SANITY_NONE
+//
+// Everything this header defines has the same name in every component and is hidden in it, so
+// that components never see one another's. Link with the utility library and its platform layer.
+#ifndef UTIL_EXPORT_LOGGING_STATIC_GEN_H
+#define UTIL_EXPORT_LOGGING_STATIC_GEN_H
+
+#include "osal/export/osal_threads.h"
+#include "util/export/logging.h"
+#include "util/export/logging_funcs.h"
+
+#ifndef LOG_MODULES
+#error "define LOG_MODULES(MODULE) before including logging_static_gen.h"
+#endif
+
+#ifndef LOG_MSG_DEFAULT
+#define LOG_MSG_DEFAULT MSG_WARN
+#endif
+#ifndef LOG_SANITY_DEFAULT
+#define LOG_SANITY_DEFAULT SANITY_NONE
+#endif
+#ifndef LOG_OBSOLETES
+#define LOG_OBSOLETES(OBSOLETE)
+#endif
+#ifndef LOG_EXTENDED_DECORATORS
+#define LOG_EXTENDED_DECORATORS(DECORATOR)
+#ifdef LOG_MAX_DECORATION_SIZE
+#error "LOG_MAX_DECORATION_SIZE is set, but there are no LOG_EXTENDED_DECORATORS"
+#endif
+#define LOG_MAX_DECORATION_SIZE 0
+#elif !defined(LOG_MAX_DECORATION_SIZE)
+#error "LOG_EXTENDED_DECORATORS need LOG_MAX_DECORATION_SIZE, the bytes they may add to a line"
+#endif
+
+// Flags of a module.
+enum {
+    LOG_IS_DEFAULT = 1,  // an empty message-level option raises it to MSG_INFO
+    LOG_IS_LINKED = 2    // follows the module of the same name of a component loaded earlier
+};
+
+// The usual initial decorations.
+#define LOG_LEVEL_AND_MODULE \
+    (LOG_DECORATION_BIT(DECORATION_LEVEL) | LOG_DECORATION_BIT(DECORATION_MODULE))
+
+// The component's modules, numbered from 0.
+#define LOG_ENUMERATOR(enumerator, name, alias, flags, decorations) enumerator,
+enum { LOG_MODULES(LOG_ENUMERATOR) NumLogModules };
+#undef LOG_ENUMERATOR
+
+// The component's extended decorations, numbered after the standard ones.
+#define LOG_ENUMERATOR(enumerator, name, function) enumerator,
+enum {
+    LOG_LAST_STD_DECORATION = NUM_STD_DECORATIONS - 1,
+    LOG_EXTENDED_DECORATORS(LOG_ENUMERATOR) LOG_END_DECORATIONS
+};
+#undef LOG_ENUMERATOR
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(hidden)
+
+// The component's logger, registered when the component is loaded.
+extern logger _loggers;
+
+// The component's sanity levels, one per module; _logLevels is declared by logging_funcs.h.
+extern SanityLevel _sanityLevels[];
+
+// The component's static initialiser: registers _loggers. Runs once, at load, before the
+// component's own constructors; nobody calls it.
+void _siloginit(void);
+
+// Prints a line whatever the module's level is, see _logforceprintv(); the caller tests
+// logEnabled() first.
+//
+//   loggers  the component's own _loggers
+void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const char* fmt, ...)
+    __attribute__((format(printf, 4, 5)));
+
+// Holds a module's stream for direct writing: it is neither replaced nor closed until
+// _log_release_stream(), which the same thread calls soon, and without logging to the module's
+// stream options meanwhile. `module` is a real index. Printing lines to the module goes on.
+FILE* _log_acquire_stream(logger* l, LogModule module);
+
+// Lets go of the stream that _log_acquire_stream() returned for the same module.
+void _log_release_stream(logger* l, LogModule module, FILE* f);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif
+
+#if defined(LOG_DEFINE_COMPONENT) && !defined(LOG_COMPONENT_DEFINED)
+#define LOG_COMPONENT_DEFINED
+
+// Mistakes in the description, one check per row. The empty literal before a name keeps anything
+// but a literal from compiling.
+#define LOG_CHECK_MODULE(enumerator, name, alias, flags, decorations)              \
+    LOG_STATIC_ASSERT(sizeof("" name) > 1, "module " #enumerator " needs a name"); \
+    LOG_STATIC_ASSERT(((flags) & ~(LOG_IS_DEFAULT | LOG_IS_LINKED)) == 0,          \
+                      "module " #enumerator                                        \
+                      " has flags other than LOG_IS_DEFAULT, LOG_IS_LINKED");      \
+    LOG_STATIC_ASSERT(((decorations) >> LOG_END_DECORATIONS) == 0,                 \
+                      "module " #enumerator " starts with decorations that nobody writes");
+#define LOG_CHECK_OBSOLETE(old_name, new_name, enumerator, level, how)                   \
+    LOG_STATIC_ASSERT(sizeof("" old_name) > 1, "a retired module needs its old name");   \
+    LOG_STATIC_ASSERT(                                                                   \
+        (int)(enumerator) >= LOG_ALL_MODULES && (int)(enumerator) < (int)NumLogModules,  \
+        "retired module " #old_name ": no such replacement");                            \
+    LOG_STATIC_ASSERT((level) < MSG_MAX, "retired module " #old_name ": no such level"); \
+    LOG_STATIC_ASSERT((how) <= OBSOLETE_WARN, "retired module " #old_name ": fail or warn?");
+#define LOG_CHECK_DECORATOR(enumerator, name, function) \
+    LOG_STATIC_ASSERT(sizeof("" name) > 1, "decoration " #enumerator " needs a name");
+
+LOG_MODULES(LOG_CHECK_MODULE)
+LOG_OBSOLETES(LOG_CHECK_OBSOLETE)
+LOG_EXTENDED_DECORATORS(LOG_CHECK_DECORATOR)
+LOG_STATIC_ASSERT(NumLogModules > 0, "a component has at least one module");
+LOG_STATIC_ASSERT((int)LOG_END_DECORATIONS <= NUM_STD_DECORATIONS + LOG_EXTENDED_SLOTS,
+                  "a component has at most 8 extended decorators");
+LOG_STATIC_ASSERT((int)LOG_END_DECORATIONS == (int)NUM_STD_DECORATIONS ||
+                      LOG_MAX_DECORATION_SIZE > 0,
+                  "extended decorators need room in the line");
+LOG_STATIC_ASSERT(LOG_MAX_DECORATION_SIZE <= 65536, "lines are built on the stack");
+LOG_STATIC_ASSERT(LOG_MSG_DEFAULT < MSG_MAX, "LOG_MSG_DEFAULT is not a message level");
+LOG_STATIC_ASSERT(LOG_SANITY_DEFAULT < SANITY_MAX, "LOG_SANITY_DEFAULT is not a sanity level");
+#undef LOG_CHECK_MODULE
+#undef LOG_CHECK_OBSOLETE
+#undef LOG_CHECK_DECORATOR
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define LOG_ROW(enumerator, name, alias, flags, decorations) LOG_MSG_DEFAULT,
+MsgLevel _logLevels[NumLogModules] = {LOG_MODULES(LOG_ROW)};
+#undef LOG_ROW
+
+#define LOG_ROW(enumerator, name, alias, flags, decorations) LOG_SANITY_DEFAULT,
+SanityLevel _sanityLevels[NumLogModules] = {LOG_MODULES(LOG_ROW)};
+#undef LOG_ROW
+
+// The row of zeroes ends a table that may otherwise be empty; it is not counted.
+#define LOG_ROW(old_name, new_name, enumerator, level, how) \
+    {old_name, new_name, enumerator, level, how},
+static const logobsolete log_obsoletes[] = {
+    LOG_OBSOLETES(LOG_ROW){NULL, NULL, LOG_ALL_MODULES, MSG_QUIET, OBSOLETE_FAIL}};
+#undef LOG_ROW
+enum { LOG_NUM_OBSOLETES = sizeof log_obsoletes / sizeof log_obsoletes[0] - 1 };
+
+// The logger with its modules counted out, because C++ cannot initialise a trailing array of open
+// length; _loggers is another name for it.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#ifdef __clang__
+#pragma GCC diagnostic ignored "-Wgnu-variable-sized-type-not-at-end"
+#endif
+#define LOG_ROW(enumerator, name, function) {name, function},
+#define LOG_MODULE_ROW(enumerator, name, alias, flags, decorations) \
+    {NULL,                                                          \
+     {name, alias},                                                 \
+     0,                                                             \
+     &_logLevels[enumerator],                                       \
+     &_sanityLevels[enumerator],                                    \
+     &_loggers,                                                     \
+     NULL,                                                          \
+     ((flags)&LOG_IS_DEFAULT) != 0,                                 \
+     ((flags)&LOG_IS_LINKED) != 0,                                  \
+     decorations},
+struct log_component {
+    logger head;
+    logmodule modules[NumLogModules];
+};
+extern struct log_component log_component __attribute__((visibility("hidden")));
+struct log_component log_component = {{NULL,
+                                       NumLogModules,
+                                       LOG_MAX_DECORATION_SIZE,
+                                       LOG_NUM_OBSOLETES,
+                                       LOG_NUM_OBSOLETES > 0 ? log_obsoletes : NULL,
+                                       LOG_MSG_DEFAULT,
+                                       LOG_SANITY_DEFAULT,
+                                       {LOG_EXTENDED_DECORATORS(LOG_ROW)},
+                                       {}},
+                                      {LOG_MODULES(LOG_MODULE_ROW)}};
+LOG_STATIC_ASSERT(offsetof(struct log_component, modules) == offsetof(logger, loggers),
+                  "modules start where the trailing array does");
+extern logger _loggers __attribute__((alias("log_component"), visibility("hidden")));
+#undef LOG_ROW
+#undef LOG_MODULE_ROW
+#pragma GCC diagnostic pop
+
+static inline int loginit(void) {
+    _log_add_logger(&_loggers);
+    return 0;
+}
+
+// Early among a component's constructors, which may already print.
+__attribute__((constructor(102))) void _siloginit(void) {
+    (void)loginit();
+}
+
+void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    _logforceprintv(loggers, module, level, fmt, args);
+    va_end(args);
+}
+
+FILE* _log_acquire_stream(logger* l, LogModule module) {
+    rwReadLock(&l->loggers[module].lock);
+    return l->loggers[module].out;
+}
+
+void _log_release_stream(logger* l, LogModule module, FILE* f) {
+    (void)f;
+    rwReadUnlock(&l->loggers[module].lock);
+}
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
