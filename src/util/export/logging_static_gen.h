@@ -48,9 +48,8 @@
 #include "util/export/logging_funcs.h"
 
 #ifndef LOG_MODULES
-#error "define LOG_MODULES(MODULE) before including logging_static_gen.h"
+#define LOG_MODULES(MODULE)
 #endif
-
 #ifndef LOG_MSG_DEFAULT
 #define LOG_MSG_DEFAULT MSG_WARN
 #endif
@@ -155,7 +154,7 @@ void _log_release_stream(logger* l, LogModule module, FILE* f);
 LOG_MODULES(LOG_CHECK_MODULE)
 LOG_OBSOLETES(LOG_CHECK_OBSOLETE)
 LOG_EXTENDED_DECORATORS(LOG_CHECK_DECORATOR)
-LOG_STATIC_ASSERT(NumLogModules > 0, "a component has at least one module");
+LOG_STATIC_ASSERT(NumLogModules > 0, "LOG_MODULES(MODULE) lists at least one module");
 LOG_STATIC_ASSERT((int)LOG_END_DECORATIONS <= NUM_STD_DECORATIONS + LOG_EXTENDED_SLOTS,
                   "a component has at most 8 extended decorators");
 LOG_STATIC_ASSERT((int)LOG_END_DECORATIONS == (int)NUM_STD_DECORATIONS ||
@@ -189,7 +188,7 @@ static const logobsolete log_obsoletes[] = {
 enum { LOG_NUM_OBSOLETES = sizeof log_obsoletes / sizeof log_obsoletes[0] - 1 };
 
 // The logger with its modules counted out, because C++ cannot initialise a trailing array of open
-// length; _loggers is another name for it.
+// length. To the linker it is _loggers.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #ifdef __clang__
@@ -211,7 +210,7 @@ struct log_component {
     logger head;
     logmodule modules[NumLogModules];
 };
-extern struct log_component log_component __attribute__((visibility("hidden")));
+extern struct log_component log_component __asm__("_loggers") __attribute__((visibility("hidden")));
 struct log_component log_component = {{NULL,
                                        NumLogModules,
                                        LOG_MAX_DECORATION_SIZE,
@@ -224,7 +223,6 @@ struct log_component log_component = {{NULL,
                                       {LOG_MODULES(LOG_MODULE_ROW)}};
 LOG_STATIC_ASSERT(offsetof(struct log_component, modules) == offsetof(logger, loggers),
                   "modules start where the trailing array does");
-extern logger _loggers __attribute__((alias("log_component"), visibility("hidden")));
 #undef LOG_ROW
 #undef LOG_MODULE_ROW
 #pragma GCC diagnostic pop

@@ -9,7 +9,7 @@
 
 #include "osal/export/osal_msmalloc.h"
 
-#include <emmintrin.h>
+#include <immintrin.h>
 #include <string.h>
 
 static inline void skip(ArgIterP iter) {

@@ -32,7 +32,14 @@ static inline int kestrum_util_strnicmp(const char* s1, const char* s2, size_t c
 static inline void kestrum_util_strncpy(char* dest, const char* src, size_t destSize) {
     if (!OSAL_CHECK(destSize > 0, STRINGUTIL_PD_PATH))
         return;
+#ifndef __clang__
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wstringop-truncation"  // cutting is what it is for
+#endif
     strncpy(dest, src, destSize - 1);
+#ifndef __clang__
+#pragma GCC diagnostic pop
+#endif
     dest[destSize - 1] = '\0';
 }
 

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs every check: sources, then the tests in each way of building, then a
+# short run of each fuzz target. The first failure ends it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+step() {
+    printf '\n== %s (%ds)\n' "$1" "$SECONDS"
+}
+
+step "tools"
+scripts/bootstrap.sh
+
+step "sources"
+scripts/check_format.sh
+scripts/check_includes.sh
+
+for preset in release asan tsan; do
+    step "$preset"
+    cmake --preset "$preset" > /dev/null
+    cmake --build --preset "$preset"
+    ctest --preset "$preset" -j "$(nproc)" --progress --timeout 120
+done
+
+step "clang-tidy"
+scripts/check_tidy.sh build/release
+
+step "fuzz"
+scripts/fuzz.sh 10
+
+step "all passed"

@@ -1,0 +1,33 @@
+// A platform layer under a test's control. A test program that links platform.cpp defines these
+// operations itself, so the library calls the test's instead of libkxosal.so's; each forwards to
+// the real one unless told otherwise.
+#ifndef TESTS_SUPPORT_PLATFORM_H
+#define TESTS_SUPPORT_PLATFORM_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct Platform {
+    // Memory: the n-th gsMalloc from now on fails, counted from 1; 0 for none.
+    size_t failing_allocation = 0;
+    long live_blocks = 0;  // gsMalloc less gsFree
+
+    // Clocks and ids, fixed when set.
+    std::optional<std::string> time_text;  // the empty text makes formatting fail
+    std::optional<long> millis;
+    std::optional<long> nanos;
+    std::optional<int> process_id;
+    std::optional<int> thread_id;
+
+    bool canonicalize_fails = false;
+
+    // Failed checks, as "expression|file|function|format".
+    std::vector<std::string> reports;
+};
+
+// The state of the running test; assign Platform{} to go back to the real layer.
+extern Platform platform;
+
+#endif
