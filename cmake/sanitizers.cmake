@@ -14,3 +14,9 @@ elseif(KX_INSTRUMENT STREQUAL "coverage")
 elseif(NOT KX_INSTRUMENT STREQUAL "")
     message(FATAL_ERROR "KX_INSTRUMENT: '${KX_INSTRUMENT}' is not address, thread or coverage")
 endif()
+
+if(KX_FUZZ)
+    # The libraries, too, so that their coverage guides the fuzzer.
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=address,undefined)
+endif()

@@ -104,8 +104,8 @@ extern logger _loggers;
 extern SanityLevel _sanityLevels[];
 
 // The component's static initialiser: registers _loggers. Runs once, at load, before the
-// component's own constructors; nobody calls it.
-void _siloginit(void);
+// component's ordinary constructors, which may print; nobody calls it.
+__attribute__((constructor(102))) void _siloginit(void);
 
 // Prints a line whatever the module's level is, see _logforceprintv(); the caller tests
 // logEnabled() first.
@@ -232,8 +232,7 @@ static inline int loginit(void) {
     return 0;
 }
 
-// Early among a component's constructors, which may already print.
-__attribute__((constructor(102))) void _siloginit(void) {
+void _siloginit(void) {
     (void)loginit();
 }
 

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Compiles every public header alone, as C11 and as C++17, without a warning.
+#
+#   headers_test.sh SRC CC CXX
+set -euo pipefail
+src=$1 cc=$2 cxx=$3
+warnings=(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wstrict-aliasing -Werror)
+failed=0
+count=0
+while read -r header; do
+    count=$((count + 1))
+    include="#include \"${header#"$src"/}\""
+    "$cc" -std=c11 "${warnings[@]}" -Wstrict-prototypes -I"$src" -fsyntax-only -x c - <<< "$include" || failed=1
+    "$cxx" -std=c++17 "${warnings[@]}" -I"$src" -fsyntax-only -x c++ - <<< "$include" || failed=1
+done < <(find "$src"/*/export "$src"/sharedinc -name '*.h')
+[ "$count" -gt 0 ] || { echo "no headers under $src" >&2; exit 1; }
+exit "$failed"
