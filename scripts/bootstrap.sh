@@ -4,8 +4,8 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev git
-    clang clang-format clang-tidy libclang-rt-dev shellcheck)
-bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev python3)
+    clang clang-format clang-tidy libclang-rt-dev shellcheck python3)
+bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev)
 
 case "${1-}" in
     "") ;;

@@ -11,9 +11,10 @@
 #include <sstream>
 #include <thread>
 
+static const std::string EIGHTY(80, 'e');
+
 static char* big_decorator(char* position, size_t* bytesLeft) {
-    static const std::string text(80, 'e');
-    return log_sprintf(position, bytesLeft, "{%s}", text.c_str());
+    return log_sprintf(position, bytesLeft, "{%s}", EIGHTY.c_str());
 }
 
 // Reports what room it was given, and takes it all.
@@ -125,7 +126,7 @@ TEST_F(Printing, CutsDecorationsAtTheirBudget) {
     const std::string all = "[WARN ][gc     ][" + std::string(29, 't') +
                             "][9223372036854775807][-9223372036854775808][04242][-2147483648]";
     EXPECT_EQ(line(0, MSG_WARN, 127, "m"), all.substr(0, 99) + " m\n");
-    const std::string big = "{" + std::string(80, 'e') + "}";
+    const std::string big = "{" + EIGHTY + "}";
     EXPECT_EQ(line(0, MSG_WARN, 127 | BIG, "m"), (all + big).substr(0, 149) + " m\n");
     room_seen = 0;
     EXPECT_EQ(line(0, MSG_WARN, 127 | BIG | GREEDY, "m"), (all + big).substr(0, 149) + " m\n");

@@ -147,7 +147,8 @@ int logParseLogFilesEx(const char* args, char* errbuf, size_t errlen,
 
 // Decorations of every module, now and, remembered, of loggers that register later: names
 // separated by commas. The empty string (null counts as empty) asks for module, timestamp and
-// pid.
+// pid. A component's own decoration is set on that component's modules only; of several
+// components with one of that name, on those of the newest.
 //
 // Returns 0; -1 for an unknown name (those before it are set, and the string is remembered all
 // the same), or when memory runs out. When the string cannot be remembered, nothing changes.

@@ -10,9 +10,10 @@
 extern "C" {
 #endif
 
-// The component's own message levels, one per module. Hidden: the test addresses the array
-// directly, and never the one of another component.
+// The component's own levels, one per module. Hidden: the tests address the arrays directly, and
+// never those of another component.
 extern MsgLevel _logLevels[] __attribute__((visibility("hidden")));
+extern SanityLevel _sanityLevels[] __attribute__((visibility("hidden")));
 
 #ifdef __cplusplus
 }
@@ -28,6 +29,11 @@ static inline MsgLevel logGetMsgLevel(LogModule module) {
 // True when a message of `level` to that module is to be printed.
 static inline bool logEnabled(LogModule module, MsgLevel level) {
     return (unsigned int)logGetMsgLevel(module) >= (unsigned int)level;
+}
+
+// The sanity level of a module of the calling component, likewise.
+static inline SanityLevel logGetSanityLevel(LogModule module) {
+    return __atomic_load_n(&_sanityLevels[module], __ATOMIC_RELAXED);
 }
 
 #endif

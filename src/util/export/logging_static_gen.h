@@ -32,14 +32,15 @@
 //   LOG_EXTENDED_DECORATORS(DECORATOR)  DECORATOR(enumerator, name, function) per decoration of
 //                                     the component's own, at most 8; the enumerator becomes
 //                                     its decoration number and the functions must be declared
-//                                     before LOG_DEFINE_COMPONENT's inclusion
+//                                     before this header is included
 //   LOG_MAX_DECORATION_SIZE           the bytes that extended decorations may add to a line;
 //                                     required with them
 //   LOG_MSG_DEFAULT                   message level at start and after a reset; MSG_WARN
 //   LOG_SANITY_DEFAULT                sanity level at start and after a reset; SANITY_NONE
 //
 // Everything this header defines has the same name in every component and is hidden in it, so
-// that components never see one another's. Link with the utility library and its platform layer.
+// that components never see one another's. Link with the utility library and its platform layer,
+// and a shared object with "-z nodelete": a component stays registered, so it must not be unloaded.
 #ifndef UTIL_EXPORT_LOGGING_STATIC_GEN_H
 #define UTIL_EXPORT_LOGGING_STATIC_GEN_H
 
@@ -99,9 +100,6 @@ extern "C" {
 
 // The component's logger, registered when the component is loaded.
 extern logger _loggers;
-
-// The component's sanity levels, one per module; _logLevels is declared by logging_funcs.h.
-extern SanityLevel _sanityLevels[];
 
 // The component's static initialiser: registers _loggers. Runs once, at load, before the
 // component's ordinary constructors, which may print; nobody calls it.

@@ -1,0 +1,75 @@
+// The garbage collector of the demo, a component in C.
+//
+// Each worker allocates blocks in a region of its own, so what it prints depends on its rounds
+// alone. A collection keeps a quarter of the region. Blocks grow over four rounds until the last
+// one does not fit.
+
+#define LOG_DEFINE_COMPONENT
+#include "gc_log.h"
+
+#include "component.h"
+
+enum { REGION_MB = 64, BLOCKS_PER_ROUND = 4, CROWDED_PERCENT = 75 };
+
+// Counts of megabytes; the totals may wrap around, their difference does not mind.
+static _Thread_local struct {
+    unsigned allocated;
+    unsigned freed;
+    unsigned in_use;
+} region;
+
+static unsigned occupancy(void) {
+    return 100 * region.in_use / REGION_MB;
+}
+
+char* gc_write_occupancy(char* position, size_t* bytesLeft) {
+    return log_sprintf(position, bytesLeft, "[%3u%%]", occupancy());
+}
+
+static void allocate(unsigned worker, unsigned mb) {
+    if (region.in_use + mb > REGION_MB) {
+        if (logEnabled(DBG_HEAP, MSG_ERROR))
+            _logforceprint(&_loggers, DBG_HEAP, MSG_ERROR, "worker %u: no room for %u MB", worker,
+                           mb);
+        return;
+    }
+    region.allocated += mb;
+    region.in_use += mb;
+    if (logEnabled(DBG_HEAP, MSG_TRACE))
+        _logforceprint(&_loggers, DBG_HEAP, MSG_TRACE, "worker %u: allocated %u MB", worker, mb);
+}
+
+// Returns the megabytes freed.
+static unsigned sweep(unsigned worker) {
+    const unsigned mb = region.in_use / 4 * 3;
+    region.freed += mb;
+    region.in_use -= mb;
+    if (logEnabled(DBG_SWEEP, MSG_DEBUG))
+        _logforceprint(&_loggers, DBG_SWEEP, MSG_DEBUG, "worker %u: swept, %u MB survive", worker,
+                       region.in_use);
+    return mb;
+}
+
+static void verify(unsigned worker) {
+    if (region.allocated - region.freed != region.in_use) {
+        if (logEnabled(DBG_HEAP, MSG_ERROR))
+            _logforceprint(&_loggers, DBG_HEAP, MSG_ERROR, "worker %u: region damaged", worker);
+    } else if (logEnabled(DBG_HEAP, MSG_INFO)) {
+        _logforceprint(&_loggers, DBG_HEAP, MSG_INFO, "worker %u: verified, %u MB in use", worker,
+                       region.in_use);
+    }
+}
+
+void component_work(unsigned worker, unsigned round) {
+    for (int i = 0; i < BLOCKS_PER_ROUND; i++)
+        allocate(worker, 4 * (round % 4 + 1));
+    if (occupancy() >= CROWDED_PERCENT && logEnabled(DBG_HEAP, MSG_WARN))
+        _logforceprint(&_loggers, DBG_HEAP, MSG_WARN, "worker %u: region is %u%% full", worker,
+                       occupancy());
+    const unsigned freed = sweep(worker);
+    if (logEnabled(DBG_GC, MSG_INFO))
+        _logforceprint(&_loggers, DBG_GC, MSG_INFO, "worker %u: collection %u freed %u MB", worker,
+                       round, freed);
+    if (logGetSanityLevel(DBG_HEAP) >= SANITY_CHECK)
+        verify(worker);
+}
