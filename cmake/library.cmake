@@ -5,7 +5,7 @@ function(kx_add_library name map)
     kx_enable_warnings(${name})
     target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
     target_compile_options(${name} PRIVATE
-        -fno-exceptions -fno-rtti -fvisibility=hidden -fno-math-errno)
+        -fno-exceptions -fno-rtti -fvisibility=hidden -fno-plt)
     # Our own functions are called directly; only the platform layer's can be interposed.
     target_link_options(${name} PRIVATE
         "LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map}" LINKER:-Bsymbolic-functions

@@ -23,7 +23,8 @@ for source in bench/*_bench.cpp; do
     TMPDIR=$work "$build/bin/$name" \
         --benchmark_enable_random_interleaving=true --benchmark_repetitions=15 \
         --benchmark_min_time=0.08 --benchmark_display_aggregates_only=true \
-        --benchmark_out="$results/$name.json" --benchmark_out_format=json > "$results/$name.txt"
+        --benchmark_out="$results/$name.json" --benchmark_out_format=json \
+        > "$results/$name.txt" 2>&1 || { cat "$results/$name.txt" >&2; exit 1; }
     files+=("$results/$name.json")
 done
 if [ ${#files[@]} -eq 0 ]; then

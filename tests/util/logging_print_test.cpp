@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -200,6 +201,46 @@ TEST(LogSprintf, AccountsForWhatItWrote) {
     EXPECT_EQ(log_sprintf(buf + 3, &left, "plain"), buf + 3);
     EXPECT_EQ(left, 1U);
     EXPECT_STREQ(buf, "123");
+}
+
+// Formats that the compiler would warn of are meant here.
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-overflow"
+#pragma GCC diagnostic ignored "-Wformat-truncation"
+
+// In every room, from none to more than enough.
+template <typename... Args>
+static void expect_as_platform(const char* format, Args... args) {
+    char expected[200];
+    const int whole = snprintf(expected, sizeof expected, format, args...);
+    for (size_t room = 1; room < sizeof expected; room++) {
+        char buf[sizeof expected];
+        memset(buf, '#', sizeof buf);
+        size_t left = room;
+        const char* end = log_sprintf(buf, &left, format, args...);
+        const std::string text = std::string(expected, whole).substr(0, room - 1);
+        ASSERT_EQ(std::string(buf, end - buf), text) << format << " in " << room;
+        ASSERT_EQ(left, room - text.size());
+        ASSERT_EQ(*end, '\0');
+        ASSERT_EQ(buf[room], '#') << format << " in " << room;
+    }
+}
+
+TEST(LogSprintf, WritesWhatThePlatformsFormatterWrites) {
+    for (long value :
+         {0L, 1L, -1L, 9L, 10L, 99L, 100L, 12345678L, 99999999L, 100000000L, 1L << 31, -(1L << 31),
+          999999999999999999L, 1000000000000000000L, LONG_MAX, LONG_MIN}) {
+        const int narrow = static_cast<int>(value);
+        expect_as_platform("%d|%i|%u|%x", narrow, narrow, narrow, narrow);
+        expect_as_platform("%ld|%lld|%zd", value, static_cast<long long>(value), value);
+        expect_as_platform("<%lu %llx %zu>", value, static_cast<unsigned long long>(value), value);
+    }
+    expect_as_platform("%s, %s and %%s%%", "a string", "");
+    expect_as_platform("%s", static_cast<const char*>(nullptr));
+    expect_as_platform("%s %c%5d|%-5d|%05.1f|%p|%hhd", "then", 'c', 7, 7, 1.25, nullptr, 300);
+    expect_as_platform("%ls %lc %s", L"wide", L'c', "plain");
+    expect_as_platform("%2$s %1$d", 1, "positions");
+    expect_as_platform("no conversions");
 }
 
 // Printers and a thread that moves their module from file to file; every line must end up whole

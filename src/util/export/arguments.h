@@ -36,8 +36,10 @@ void argIterInit(ArgIterP iter, const char* args, size_t len, char delim);
 // Starts a walk over a terminated string with the delimiter ','.
 void argIterInitDefault(ArgIterP iter, const char* args);
 
-// True when no item is left.
-bool argIterDone(ArgIterP iter);
+// True when no item is left. Callers compile it in; the library exports it all the same.
+__attribute__((gnu_inline)) extern inline bool argIterDone(ArgIterP iter) {
+    return iter->args >= iter->end;
+}
 
 // Takes the next item into `name`, `n_len`, `value` and `v_len`. When no item is left, both
 // lengths become 0 and the walk stays at its end.

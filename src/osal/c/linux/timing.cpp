@@ -18,7 +18,7 @@ struct CalendarText {
     time_t second;
     size_t date_length;  // 0 while nothing is kept
     char date[sizeof(TimeBuffer)];
-    char offset[8];
+    u8 offset;  // five characters in the upper bytes, room for the milliseconds in the others
 };
 static thread_local CalendarText calendar;
 
@@ -38,13 +38,14 @@ static bool make_calendar_text(CalendarText* text, time_t second) {
     if (localtime_r(&second, &local) == nullptr)
         return false;
     text->date_length = strftime(text->date, sizeof text->date, "%Y-%m-%dT%H:%M:%S.", &local);
-    const size_t offset_length = strftime(text->offset, sizeof text->offset, "%z", &local);
+    char tail[MILLIS_LENGTH + OFFSET_LENGTH + 1] = "\0\0\0";
+    const size_t offset_length =
+        strftime(tail + MILLIS_LENGTH, sizeof tail - MILLIS_LENGTH, "%z", &local);
+    memcpy(&text->offset, tail, sizeof text->offset);
     text->second = second;
-    if (offset_length == OFFSET_LENGTH && text->date_length != 0 &&
-        text->date_length + MILLIS_LENGTH + OFFSET_LENGTH < sizeof(TimeBuffer))
-        return true;
-    text->date_length = 0;
-    return false;
+    if (offset_length != OFFSET_LENGTH || text->date_length + sizeof tail > sizeof(TimeBuffer))
+        text->date_length = 0;
+    return text->date_length != 0;
 }
 
 // The first conversion reads the time-zone files and allocates; done while the library is
@@ -81,11 +82,13 @@ bool timingFormatCurrentTime(TimeBuffer buf) {
         !make_calendar_text(text, now.tv_sec))
         return false;
     memcpy(buf, text->date, sizeof text->date);
-    char* millis = buf + text->date_length;
-    const unsigned value = static_cast<unsigned>(now.tv_nsec / NANOS_PER_MILLI);
-    millis[0] = static_cast<char>('0' + value / 100);
-    millis[1] = static_cast<char>('0' + value / 10 % 10);
-    millis[2] = static_cast<char>('0' + value % 10);
-    memcpy(millis + MILLIS_LENGTH, text->offset, OFFSET_LENGTH + 1);
+    // "042" and "+0200" go out together, in one store.
+    const unsigned millis = static_cast<unsigned>(now.tv_nsec / NANOS_PER_MILLI);
+    u8 tail = text->offset;
+    tail |= '0' + millis / 100;
+    tail |= ('0' + millis / 10 % 10) << 8;
+    tail |= ('0' + millis % 10) << 16;
+    memcpy(buf + text->date_length, &tail, sizeof tail);
+    buf[text->date_length + sizeof tail] = '\0';
     return true;
 }

@@ -11,10 +11,15 @@
 
 #include <immintrin.h>
 #include <string.h>
+#include <algorithm>
 
-static inline void skip(ArgIterP iter) {
-    while (iter->args < iter->end && *iter->args == iter->delim)
-        iter->args++;
+// Continues with the first character at or after p that is no delimiter.
+static inline void continue_at(ArgIterP iter, const char* p) {
+    const char* const end = iter->end;
+    const char delim = iter->delim;
+    while (p < end && *p == delim)
+        p++;
+    iter->args = p;
 }
 
 constexpr ptrdiff_t BLOCK_BYTES = 16;
@@ -27,12 +32,19 @@ static inline unsigned matches(const char* p, char c) {
 
 // The first of two characters at or after p, or `end`.
 static inline const char* find_either(const char* p, const char* end, char a, char b) {
-    for (; end - p >= BLOCK_BYTES; p += BLOCK_BYTES)
+    if (end - p < BLOCK_BYTES) {
+        while (p < end && *p != a && *p != b)
+            p++;
+        return p;
+    }
+    while (true) {
         if (unsigned found = matches(p, a) | matches(p, b); found != 0)
             return p + __builtin_ctz(found);
-    while (p < end && *p != a && *p != b)
-        p++;
-    return p;
+        if (end - p <= BLOCK_BYTES)
+            return end;
+        // The last block overlaps the one before, so as not to pass the end.
+        p = std::min(p + BLOCK_BYTES, end - BLOCK_BYTES);
+    }
 }
 
 static inline const char* find(const char* p, const char* end, char c) {
@@ -50,10 +62,9 @@ static const char* closing_quote(const char* p, const char* end, char quote) {
 
 void argIterInit(ArgIterP iter, const char* args, size_t len, char delim) {
     *iter = ArgIter{};
-    iter->args = args;
     iter->end = args + len;
     iter->delim = delim;
-    skip(iter);
+    continue_at(iter, args);
 }
 
 void argIterInitDefault(ArgIterP iter, const char* args) {
@@ -64,28 +75,65 @@ bool argIterDone(ArgIterP iter) {
     return iter->args >= iter->end;
 }
 
-void argIterNext(ArgIterP iter) {
+static inline bool is_quote(char c) {
+    return c == '"' || c == '\'';
+}
+
+// Takes the item that starts at iter->args and whose first '=' or delimiter is at `stop`.
+[[gnu::noinline]] static void finish_item(ArgIterP iter, const char* stop) {
     const char* const end = iter->end;
-    const char* stop = find_either(iter->args, end, '=', iter->delim);
+    const char delim = iter->delim;
     iter->name = iter->args;
     iter->n_len = static_cast<size_t>(stop - iter->args);
-    if (stop == end || *stop == iter->delim) {
-        iter->value = stop;
-        iter->v_len = 0;
-    } else {
-        const char* value = stop + 1;
-        if (value < end && (*value == '"' || *value == '\'')) {
+    const char* value = stop;
+    if (stop < end && *stop == '=') {
+        value++;
+        if (value < end && is_quote(*value)) {
             stop = closing_quote(value + 1, end, *value);
             value++;
         } else {
-            stop = find(value, end, iter->delim);
+            stop = find(value, end, delim);
         }
-        iter->value = value;
-        iter->v_len = static_cast<size_t>(stop - value);
-        stop = find(stop, end, iter->delim);
     }
-    iter->args = stop;
-    skip(iter);
+    iter->value = value;
+    iter->v_len = static_cast<size_t>(stop - value);
+    continue_at(iter, find(stop, end, delim));
+}
+
+static void take_item(ArgIterP iter) {
+    finish_item(iter, find_either(iter->args, iter->end, '=', iter->delim));
+}
+
+void argIterNext(ArgIterP iter) {
+    // Most items end within one block or two; a look at those finds the delimiter and the '='.
+    const char* const p = iter->args;
+    const ptrdiff_t left = iter->end - p;
+    if (left < BLOCK_BYTES)
+        return take_item(iter);
+    unsigned delimiters = matches(p, iter->delim);
+    unsigned equals = matches(p, '=');
+    if (delimiters == 0) {
+        // The second block may overlap the first, so as not to pass the end.
+        const ptrdiff_t second = std::min(left, 2 * BLOCK_BYTES) - BLOCK_BYTES;
+        delimiters = matches(p + second, iter->delim) << second;
+        equals |= matches(p + second, '=') << second;
+        if (delimiters == 0)
+            return take_item(iter);
+    }
+    const char* const stop = p + __builtin_ctz(delimiters);
+    const char* name_end = stop;
+    const char* value = stop;
+    if ((equals & ~delimiters & (delimiters - 1)) != 0) {  // an '=' before the delimiter
+        name_end = p + __builtin_ctz(equals);
+        value = name_end + 1;
+        if (is_quote(*value))
+            return finish_item(iter, name_end);
+    }
+    iter->name = p;
+    iter->n_len = static_cast<size_t>(name_end - p);
+    iter->value = value;
+    iter->v_len = static_cast<size_t>(stop - value);
+    continue_at(iter, stop + 1);
 }
 
 // A fresh, terminated copy of `len` characters, or null when memory is exhausted.

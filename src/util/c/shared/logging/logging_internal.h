@@ -38,6 +38,17 @@ extern const char* const msglevel_names[MSG_MAX];
 extern const char* const sanitylevel_names[SANITY_MAX];
 extern const char* const decoration_names[NUM_STD_DECORATIONS];
 
+// format.cpp
+
+// Formats into `max` bytes of room, at least 1, and returns the position of the terminator of
+// what was written. A null `args` takes `fmt` as plain text.
+char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args);
+
+// Writes a decimal number of at least `min_digits` digits, zero-filled, in at most NUMBER_BYTES
+// and without a terminator. Returns its end.
+char* put_number(char* position, s8 value, int min_digits);
+constexpr size_t NUMBER_BYTES = 20;
+
 // print.cpp
 
 // Builds one line for module `m` with the decorations word `d` and writes it. `args` may be null:

@@ -2,12 +2,9 @@
 //
 // The line is built in a buffer on the stack of the printing thread, outside every lock. Its
 // layout bounds it: at most `size` - 1 bytes of decorations, a space, at most 1022 bytes of
-// message and a newline. Every decoration writer gets the write position and the count of bytes
-// left for decorations, terminator included, and returns the position of its terminator, which
-// the next one overwrites; the count never drops below 1.
-//
-// Fixed decorations are copied, and so are messages without conversions: a formatted conversion
-// costs more than all else here but the write itself.
+// message and a newline. Standard decorations come first; an extended one gets the write position
+// and the count of bytes left for decorations, terminator included, and returns the position of
+// its terminator, which what follows overwrites. The count never drops below 1.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -19,112 +16,91 @@
 #include <string.h>
 #include <algorithm>
 
-constexpr size_t DECORATION_BYTES =
-    100;  // standard decorations of one line; extended ones add theirs
-constexpr size_t MESSAGE_BYTES = 1023;  // with its terminator
-constexpr size_t LINE_EXTRA_BYTES =
-    1 + MESSAGE_BYTES;  // space and message; a newline replaces the terminator
+constexpr size_t DECORATION_BYTES = 100;  // of one line's standard ones; extended ones add theirs
+constexpr size_t MESSAGE_BYTES = 1023;    // with its terminator, which the newline replaces
+constexpr size_t LINE_EXTRA_BYTES = 1 + MESSAGE_BYTES;  // the space and the message
+constexpr int LOCK_ATTEMPTS = 20;                       // two or three microseconds in all
+constexpr int PAUSES_BETWEEN_ATTEMPTS = 4;
 constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_DECORATIONS;
 
-// Copies `length` bytes, cut to leave room for the terminator, into `max` bytes of room.
-static char* put_bounded(char* buf, size_t max, const char* text, size_t length) {
-    const size_t fitting = std::min(length, max - 1);
-    memcpy(buf, text, fitting);
-    buf[fitting] = '\0';
-    return buf + fitting;
+// The standard decorations are written one by one into the line, which has room for all of them,
+// and cut to their budget together.
+
+// Left-justified in exactly `width` columns, at most 7. The text is put together in a register:
+// the stream copies the line in wide pieces soon after, and those would wait for single bytes to
+// leave the store buffer.
+static char* put_column(char* position, const char* text, int width) {
+    u8 columns = 0x2020202020202020;  // spaces
+    for (int i = 0; i < width && text[i] != '\0'; i++)
+        columns ^= static_cast<u8>(static_cast<unsigned char>(text[i]) ^ ' ') << (8 * i);
+    *position++ = '[';
+    memcpy(position, &columns, sizeof columns);
+    position[width] = ']';
+    return position + width + 1;
 }
 
-// Formats into `max` bytes of room, at least 1, and returns the position of the terminator of
-// what was written. A null `args` takes `fmt` as plain text.
-static char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args) {
-    size_t plain = args != nullptr ? strcspn(fmt, "%") : strnlen(fmt, max);
-    if (args == nullptr || fmt[plain] == '\0')
-        return put_bounded(buf, max, fmt, plain);
-    buf[0] = '\0';
-    const int needed = vsnprintf(buf, max, fmt, args);
-    if (needed < 0)  // the conversion failed; what came before it stands
-        return buf + strnlen(buf, max - 1);
-    return buf + std::min(static_cast<size_t>(needed), max - 1);
+static char* put_bracketed(char* position, s8 value, int min_digits) {
+    *position = '[';
+    position = put_number(position + 1, value, min_digits);
+    *position = ']';
+    return position + 1;
 }
 
-char* log_sprintf(char* buf, size_t* bytesLeft, const char* fmt, ...) {
-    if (*bytesLeft == 0)
-        return buf;
-    va_list args;
-    va_start(args, fmt);
-    char* end = log_vsnprintf(buf, *bytesLeft, fmt, args);
-    va_end(args);
-    *bytesLeft -= static_cast<size_t>(end - buf);
-    return end;
+static char* put_timestamp(char* position) {
+    char* const text = position + 1;
+    if (!timingFormatCurrentTime(text))
+        return position;
+    *position = '[';
+    char* const end = text + strnlen(text, sizeof(TimeBuffer) - 1);
+    *end = ']';
+    return end + 1;
 }
 
-// Writes "[text]" within the budget.
-static char* put_decoration(char* position, size_t* bytesLeft, const char* text, size_t length) {
-    char* end = put_bounded(position, *bytesLeft, "[", 1);
-    *bytesLeft -= static_cast<size_t>(end - position);
-    char* after_text = put_bounded(end, *bytesLeft, text, length);
-    *bytesLeft -= static_cast<size_t>(after_text - end);
-    end = put_bounded(after_text, *bytesLeft, "]", 1);
-    *bytesLeft -= static_cast<size_t>(end - after_text);
-    return end;
+static bool has(unsigned decorations, int decoration) {
+    return (decorations & LOG_DECORATION_BIT(decoration)) != 0;
 }
 
-// Left-justified in exactly `width` columns, as "%-7.7s" does.
-template <size_t width>
-static char* put_column(char* position, size_t* bytesLeft, const char* text) {
-    char column[width];
-    memset(column, ' ', width);
-    memcpy(column, text, strnlen(text, width));
-    return put_decoration(position, bytesLeft, column, width);
+static char* put_standard(char* position, const logmodule* m, unsigned d, MsgLevel level) {
+    if (has(d, DECORATION_LEVEL))
+        position = put_column(position, level < MSG_MAX ? msglevel_names[level] : "?", 5);
+    if (has(d, DECORATION_MODULE))
+        position = put_column(position, m->names[0], 7);
+    if (has(d, DECORATION_TIMESTAMP))
+        position = put_timestamp(position);
+    if (has(d, DECORATION_MILLIS))
+        position = put_bracketed(position, timingGetCurrentTimeMillis(), 1);
+    if (has(d, DECORATION_NANOS))
+        position = put_bracketed(position, timingGetCurrentTimeNanos(), 1);
+    if (has(d, DECORATION_OSTHREADID))
+        position = put_bracketed(position, threadGetCurrentID(), 5);
+    if (has(d, DECORATION_PID))
+        position = put_bracketed(position, osGetProcessID(), 5);
+    return position;
 }
 
-// A decimal number of at least `min_digits` digits.
-static char* put_number(char* position, size_t* bytesLeft, s8 value, int min_digits) {
-    char digits[24];
-    char* const end = digits + sizeof digits;
-    char* p = end;
-    u8 rest = value < 0 ? -static_cast<u8>(value) : static_cast<u8>(value);
-    for (; rest != 0 || end - p < min_digits; rest /= 10)
-        *--p = static_cast<char>('0' + rest % 10);
-    if (value < 0)
-        *--p = '-';
-    return put_decoration(position, bytesLeft, p, static_cast<size_t>(end - p));
-}
-
-static char* put_standard(char* position, size_t* bytesLeft, unsigned decoration,
-                          const logmodule* m, MsgLevel level) {
-    switch (decoration) {
-        case DECORATION_LEVEL:
-            return put_column<5>(position, bytesLeft,
-                                 level < MSG_MAX ? msglevel_names[level] : "?");
-        case DECORATION_MODULE: return put_column<7>(position, bytesLeft, m->names[0]);
-        case DECORATION_TIMESTAMP: {
-            TimeBuffer now;
-            if (!timingFormatCurrentTime(now))
-                return position;
-            return put_decoration(position, bytesLeft, now, strnlen(now, sizeof now));
-        }
-        case DECORATION_MILLIS:
-            return put_number(position, bytesLeft, timingGetCurrentTimeMillis(), 1);
-        case DECORATION_NANOS:
-            return put_number(position, bytesLeft, timingGetCurrentTimeNanos(), 1);
-        case DECORATION_OSTHREADID: return put_number(position, bytesLeft, threadGetCurrentID(), 5);
-        case DECORATION_PID: return put_number(position, bytesLeft, osGetProcessID(), 5);
-        default: return position;
-    }
-}
-
-static char* put_decorations(char* position, size_t bytesLeft, const logger* loggers,
-                             const logmodule* m, unsigned d, MsgLevel level) {
-    for (unsigned bits = d & ((1U << NUM_STD_DECORATIONS) - 1); bits != 0; bits &= bits - 1)
-        position = put_standard(position, &bytesLeft, static_cast<unsigned>(__builtin_ctz(bits)), m,
-                                level);
+// Writes the decorations `d` into at most `size` - 1 bytes.
+static char* put_decorations(char* line, size_t size, const logger* loggers, const logmodule* m,
+                             unsigned d, MsgLevel level) {
+    char* position = std::min(put_standard(line, m, d, level), line + size - 1);
+    size_t bytesLeft = size - static_cast<size_t>(position - line);
     for (unsigned bits = d & EXTENDED_BITS; bits != 0; bits &= bits - 1) {
         const int slot = __builtin_ctz(bits) - NUM_STD_DECORATIONS;
         if (log_decorator func = loggers->extended_decorators[slot].func; func != nullptr)
             position = func(position, &bytesLeft);
     }
     return position;
+}
+
+// Takes the stream's own lock. The holder is about to be done with one write, which is sooner than
+// this thread could go to sleep and be woken; so it looks a few times before it sleeps.
+static void lock_stream(FILE* stream) {
+    for (int attempt = 0; attempt < LOCK_ATTEMPTS; attempt++) {
+        if (ftrylockfile(stream) == 0)
+            return;
+        for (int i = 0; i < PAUSES_BETWEEN_ATTEMPTS; i++)
+            __builtin_ia32_pause();
+    }
+    flockfile(stream);
 }
 
 void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args) {
@@ -145,8 +121,12 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
     }
 
     rwReadLock(&m->lock);
+    // The stream's own lock is taken once around both calls, so that two printers do not pass it
+    // to and fro; within, they find it taken by this thread.
+    lock_stream(m->out);
     fwrite(line, 1, static_cast<size_t>(end - line), m->out);
     fflush(m->out);
+    funlockfile(m->out);
     rwReadUnlock(&m->lock);
     osSetLastError(last_error);
 }
@@ -158,8 +138,8 @@ void _logforceprintdecorationsv(logger* loggers, LogModule module, MsgLevel leve
 
 void _logforceprintv(logger* loggers, LogModule module, MsgLevel level, const char* fmt,
                      va_list args) {
-    const unsigned decorations = _log_get_decorations(loggers, module);
-    _logforceprintdecorationsv(loggers, module, level, static_cast<int>(decorations), fmt, args);
+    logmodule* m = &loggers->loggers[module];
+    logprint(loggers, m, static_cast<int>(load_word(&m->decorations)), level, fmt, args);
 }
 
 void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level, int decorations,

@@ -86,25 +86,29 @@ static log_output open_stream(const char* filename, char* path, bool existed) {
     return f;
 }
 
-log_output register_stream(const char* filename) {
-    if (strcmp(filename, "stdout") == 0)
-        return stdout;
-    if (strcmp(filename, "stderr") == 0)
-        return stderr;
+// The stream of a file that is no standard one. Needs streams_lock, also while it looks at the
+// file system: of two threads that name the same new file, the second must find what the first
+// created.
+static log_output stream_of_file(const char* filename) {
     char path[PATH_BYTES];
     const bool exists =
         fio_fsize(filename) >= 0 && fio_canonicalize_path(filename, path, sizeof path);
     if (!exists && !kestrum_util_strncpy_s(path, sizeof path, filename, static_cast<size_t>(-1)))
         return nullptr;
-
-    rwWriteLock(&streams_lock);
-    log_output f;
     if (fileref* ref = exists ? record_of_path(path) : nullptr; ref != nullptr) {
         ref->refcount++;
-        f = ref->f;
-    } else {
-        f = open_stream(filename, path, exists);
+        return ref->f;
     }
+    return open_stream(filename, path, exists);
+}
+
+log_output register_stream(const char* filename) {
+    if (strcmp(filename, "stdout") == 0)
+        return stdout;
+    if (strcmp(filename, "stderr") == 0)
+        return stderr;
+    rwWriteLock(&streams_lock);
+    log_output f = stream_of_file(filename);
     rwWriteUnlock(&streams_lock);
     return f;
 }

@@ -1,0 +1,276 @@
+"""Turns the benchmarks' JSON into Markdown.
+
+usage: report.py BUILD_FOLDER RESULT.json...
+
+A benchmark is named case/contender[/argument]. In every case `kxutil` is the library, contenders
+whose name starts with "limit" are the least that any solution costs, the others are peers. One
+thread counts in processor time, which other processes on the machine disturb less; several
+threads count in elapsed time per operation of all of them together.
+"""
+
+import collections
+import json
+import os
+import platform
+import re
+import statistics
+import subprocess
+import sys
+
+OURS = "kxutil"
+PEER_PACKAGES = {
+    "logging": ["libspdlog-dev", "libgoogle-glog-dev"],
+    "rwlock": ["libabsl-dev", "libc6"],
+    "arguments": ["libc6"],
+}
+BENCHMARK_PACKAGE = "libbenchmark-dev"
+
+# Threads that only wait for one another on a busy machine never meet: a run of two readers counts
+# when together they had this many processors.
+MIN_OVERLAP = 1.8
+
+Case = collections.namedtuple("Case", "key title overlapping", defaults=[False])
+
+# A target bounds kxutil / limit from above, or the best peer / kxutil from below; the peers are the
+# named ones, or all.
+LIMIT = "at most"
+PEER = "at least"
+Target = collections.namedtuple("Target", "case kind bound peers", defaults=[None])
+
+Facility = collections.namedtuple("Facility", "title notes cases targets")
+
+FACILITIES = {
+    "logging": Facility(
+        "Logging",
+        [
+            "One line of about 96 bytes: level, module, local time with milliseconds, process id, "
+            'and "collected %d objects in %s"; in the kernel before the call returns.',
+            "Every run starts with an empty file and writes 50,000 lines (100,000 to the null "
+            "device); the file's size is checked afterwards.",
+            "Unfair to us: the peers have the process id as ready text, which a fork would make "
+            "wrong. Unfair to glog: its prefix shows microseconds, and the source file instead of "
+            "the module.",
+            "A statement that is off is measured 64 times in a row, so that the loop's own cost "
+            "vanishes.",
+        ],
+        [
+            Case("file", "line to a file"),
+            Case("null", "line to the null device"),
+            Case("file, 2 threads", "line to a file, 2 threads"),
+            Case("null, 2 threads", "line to the null device, 2 threads"),
+            Case("off", "statement that is off"),
+        ],
+        [
+            Target("file", LIMIT, 1.25),
+            Target("file", PEER, 1.3),
+            Target("null", LIMIT, 1.7),
+            Target("null", PEER, 1.8),
+            Target("file, 2 threads", PEER, 1.5, ["spdlog"]),
+            Target("null, 2 threads", PEER, 1.5, ["spdlog"]),
+            Target("off", LIMIT, 1.05),  # equal, within what can be told apart
+        ],
+    ),
+    "rwlock": Facility(
+        "Lock words",
+        [
+            "Taking and releasing, in a loop. absl::Mutex runs without its deadlock detection.",
+            "The limits only count a reader or mark a writer; nobody could wait for them. A lock "
+            "that wakes whoever sleeps has to release by an atomic operation, not by a store.",
+            "The two readers are pinned to two cores; a run counts only when both had their core "
+            f"to themselves (together at least {MIN_OVERLAP} processors).",
+        ],
+        [
+            Case("read", "read pair"),
+            Case("write", "write pair"),
+            Case("readers, 2 threads", "read pair, 2 readers", True),
+        ],
+        [
+            Target("read", PEER, 1.4),
+            Target("write", PEER, 1.5),
+            Target("readers, 2 threads", PEER, 1.0),
+        ],
+    ),
+    "arguments": Facility(
+        "Walking option strings",
+        [
+            "Name and value of every item as pointer and length: two thirds of the items have a "
+            "value, one is quoted.",
+            "Unfair to us: the scans are inlined, know no quotes and only the delimiter ','.",
+            "Kind to everybody: the text never changes, so its branches are predicted.",
+        ],
+        [
+            Case("walk 8", "8 items"),
+            Case("walk 64", "64 items"),
+        ],
+        [
+            Target("walk 8", PEER, 1.0, ["hand scan"]),
+            Target("walk 64", PEER, 1.0, ["hand scan"]),
+        ],
+    ),
+}
+
+
+class Measured:
+    """The runs of one contender in one case."""
+
+    def __init__(self):
+        self.times = []
+        self.dropped = 0
+
+    def median(self):
+        return statistics.median(self.times)
+
+    def p95(self):
+        return sorted(self.times)[round(0.95 * (len(self.times) - 1))]
+
+
+def key_of(run):
+    case, contender, *rest = run["run_name"].split("/")
+    if rest and rest[0].isdigit():
+        case += " " + rest[0]
+    if run["threads"] > 1:
+        case += f", {run['threads']} threads"
+    return case, contender
+
+
+def read_results(path, facility):
+    """Returns {case: {contender: Measured}} and the file's context."""
+    with open(path, encoding="utf-8") as file:
+        data = json.load(file)
+    overlapping = {case.key for case in facility.cases if case.overlapping}
+    cases = {}
+    for run in data["benchmarks"]:
+        if run.get("error_occurred"):
+            sys.exit(f"{run['name']}: {run['error_message']}")
+        if run["run_type"] != "iteration":
+            continue
+        if run["time_unit"] != "ns":
+            sys.exit(f"{run['name']}: not in ns")
+        case, contender = key_of(run)
+        measured = cases.setdefault(case, {}).setdefault(contender, Measured())
+        if case in overlapping and run["cpu_time"] < MIN_OVERLAP * run["real_time"]:
+            measured.dropped += 1
+        else:
+            measured.times.append(run["cpu_time" if run["threads"] == 1 else "real_time"])
+    return cases, data["context"]
+
+
+def is_limit(contender):
+    return contender.startswith("limit")
+
+
+def figure(ns):
+    return f"{ns:.2f}" if ns < 10 else f"{ns:.1f}" if ns < 100 else f"{ns:.0f}"
+
+
+def results_table(facility, cases):
+    lines = [
+        "| case | contender | median ns | p95 ns | runs | contender / kxutil | kxutil / limit |",
+        "|---|---|---:|---:|---:|---:|---:|",
+    ]
+    for case in facility.cases:
+        contenders = cases[case.key]
+        ours = contenders[OURS]
+        order = sorted(contenders, key=lambda c: (c != OURS, is_limit(c), c))
+        for name in order:
+            m = contenders[name]
+            runs = f"{len(m.times)} of {len(m.times) + m.dropped}" if m.dropped else len(m.times)
+            row = [case.title, name, "-", "-", runs, "", ""]
+            if m.times:
+                row[2:4] = [figure(m.median()), figure(m.p95())]
+            if m.times and ours.times and name != OURS:
+                if is_limit(name):
+                    row[6] = f"{ours.median() / m.median():.2f}"
+                row[5] = f"{m.median() / ours.median():.2f}"
+            lines.append("| " + " | ".join(str(cell) for cell in row) + " |")
+    return lines
+
+
+def judge(target, contenders):
+    """Returns what was compared, the ratio (None when a side has no runs), and the verdict."""
+    if target.kind == LIMIT:
+        others = [c for c in contenders if is_limit(c)]
+    else:
+        others = target.peers or [c for c in contenders if c != OURS and not is_limit(c)]
+    if not contenders[OURS].times or not all(contenders[c].times for c in others):
+        return ", ".join(others), None, "not measured"
+    best = min(others, key=lambda c: contenders[c].median())
+    ours, other = contenders[OURS].median(), contenders[best].median()
+    if target.kind == LIMIT:
+        return f"kxutil / {best}", ours / other, "yes" if ours / other <= target.bound else "no"
+    return f"{best} / kxutil", other / ours, "yes" if other / ours >= target.bound else "no"
+
+
+def targets_table(selected, results):
+    lines = ["| case | ratio | target | measured | reached |", "|---|---|---:|---:|---|"]
+    for name in selected:
+        facility = FACILITIES[name]
+        titles = {case.key: case.title for case in facility.cases}
+        for target in facility.targets:
+            compared, ratio, verdict = judge(target, results[name][target.case])
+            shown = "-" if ratio is None else f"{ratio:.2f}"
+            lines.append(
+                f"| {titles[target.case]} | {compared} | {target.kind} {target.bound:g} "
+                f"| {shown} | {verdict} |"
+            )
+    return lines
+
+
+def first_line(*command):
+    result = subprocess.run(command, capture_output=True, text=True, check=True)
+    return result.stdout.splitlines()[0]
+
+
+def package_version(package):
+    return f"{package} {first_line('dpkg-query', '-W', '-f=${Version}', package)}"
+
+
+def compiler(build_folder):
+    with open(os.path.join(build_folder, "CMakeCache.txt"), encoding="utf-8") as file:
+        cache = dict(re.findall(r"^(\w+):\w+=(.*)$", file.read(), re.MULTILINE))
+    # The program's name may come with its folder.
+    version = os.path.basename(first_line(cache["CMAKE_CXX_COMPILER"], "--version"))
+    return f"{version}, {cache['CMAKE_CXX_FLAGS_RELEASE']}"
+
+
+def cpu_model():
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        found = re.search(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
+    return found.group(1) if found else platform.machine()
+
+
+def setting(build_folder, selected, contexts):
+    packages = sorted({p for name in selected for p in PEER_PACKAGES[name]} | {BENCHMARK_PACKAGE})
+    loads = ", ".join(f"{name} {contexts[name]['load_avg'][0]:.1f}" for name in selected)
+    return [
+        f"- Machine: {cpu_model()}, {os.cpu_count()} cores, {platform.system()} "
+        f"{platform.release()}",
+        f"- Compiler: {compiler(build_folder)}",
+        "- Packages: " + ", ".join(package_version(p) for p in packages),
+        f"- Load average before each program: {loads}",
+        "- Contenders of a facility alternate at random within one run of its program. Figures "
+        "are medians of their runs, one thread in processor time, two threads in elapsed time "
+        "per operation of both together. Absolute figures move with the machine's load; ratios "
+        "are what counts.",
+    ]
+
+
+def main():
+    build_folder, *paths = sys.argv[1:]
+    by_name = {re.sub(r"_bench$", "", os.path.splitext(os.path.basename(p))[0]): p for p in paths}
+    selected = [name for name in FACILITIES if name in by_name]
+    results, contexts = {}, {}
+    for name in selected:
+        results[name], contexts[name] = read_results(by_name[name], FACILITIES[name])
+
+    lines = ["# Benchmarks", "", "Written by `scripts/bench.sh`.", ""]
+    lines += setting(build_folder, selected, contexts)
+    lines += ["", "## Targets", ""] + targets_table(selected, results)
+    for name in selected:
+        facility = FACILITIES[name]
+        lines += ["", f"## {facility.title}", ""] + [f"- {note}" for note in facility.notes]
+        lines += [""] + results_table(facility, results[name])
+    print("\n".join(lines))
+
+
+main()
