@@ -4,27 +4,18 @@
 #ifndef TESTS_SUPPORT_PLATFORM_H
 #define TESTS_SUPPORT_PLATFORM_H
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 struct Platform {
-    // Memory: the n-th gsMalloc from now on fails, counted from 1; 0 for none.
-    size_t failing_allocation = 0;
-    long live_blocks = 0;  // gsMalloc less gsFree
-
-    // Clocks and ids, fixed when set.
+    size_t failing_allocation = 0;         // the n-th gsMalloc from now on, counted from 1
+    long live_blocks = 0;                  // gsMalloc less gsFree
     std::optional<std::string> time_text;  // the empty text makes formatting fail
-    std::optional<long> millis;
-    std::optional<long> nanos;
-    std::optional<int> process_id;
-    std::optional<int> thread_id;
-
+    std::optional<long> millis, nanos;
+    std::optional<int> process_id, thread_id;
     bool canonicalize_fails = false;
-
-    // Failed checks, as "expression|file|function|format".
-    std::vector<std::string> reports;
+    std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 
 // The state of the running test; assign Platform{} to go back to the real layer.

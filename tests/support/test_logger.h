@@ -5,9 +5,7 @@
 
 #include "util/export/logging.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -16,7 +14,6 @@ struct TestModule {
     const char* name;
     const char* alias = nullptr;
     bool is_default = false;
-    unsigned decorations = 0;
 };
 
 struct TestLoggerParts {
@@ -28,61 +25,58 @@ struct TestLoggerParts {
     SanityLevel sanity_default = SANITY_NONE;
 };
 
+struct TestLevels {
+    MsgLevel message;
+    SanityLevel sanity;
+};
+
 // Makes and registers a logger; the names must outlive it.
-inline logger* make_logger(const TestLoggerParts& parts) {
-    const size_t count = parts.modules.size();
-    const size_t num_obsoletes = parts.obsoletes.size();
-    auto* obsoletes = static_cast<logobsolete*>(std::calloc(num_obsoletes, sizeof(logobsolete)));
-    std::uninitialized_copy_n(parts.obsoletes.begin(), num_obsoletes, obsoletes);
-    auto* levels = count > 0 ? new MsgLevel[count] : nullptr;
-    auto* sanities = count > 0 ? new SanityLevel[count] : nullptr;
-    std::fill_n(levels, count, parts.msg_default);
-    std::fill_n(sanities, count, parts.sanity_default);
-    void* memory = std::malloc(sizeof(logger) + count * sizeof(logmodule));
-    logger* log = new (memory) logger{nullptr,
-                                      count,
-                                      parts.max_decoration_size,
-                                      num_obsoletes,
-                                      obsoletes,
-                                      parts.msg_default,
-                                      parts.sanity_default,
-                                      {},
-                                      {}};
-    for (size_t i = 0; i < parts.decorators.size(); i++)
-        log->extended_decorators[i] = parts.decorators[i];
+inline logger* make_logger(const TestLoggerParts& given) {
+    const size_t count = given.modules.size();
+    const size_t size = sizeof(logger) + count * sizeof(logmodule);
+    char* memory = static_cast<char*>(std::malloc(size + sizeof given));
+    const auto& parts = *new (memory + size) TestLoggerParts(given);  // its tables stay in use
+    auto* log = new (memory) logger{nullptr,
+                                    count,
+                                    parts.max_decoration_size,
+                                    parts.obsoletes.size(),
+                                    parts.obsoletes.data(),
+                                    parts.msg_default,
+                                    parts.sanity_default,
+                                    {},
+                                    {}};
+    std::copy(parts.decorators.begin(), parts.decorators.end(), log->extended_decorators);
     for (size_t i = 0; i < count; i++) {
         const TestModule& m = parts.modules[i];
-        new (&log->loggers[i])
-            logmodule{nullptr, {m.name, m.alias}, 0,     &levels[i],   &sanities[i], log,
-                      nullptr, m.is_default,      false, m.decorations};
+        auto* levels = new TestLevels{parts.msg_default, parts.sanity_default};
+        new (&log->loggers[i]) logmodule{nullptr,
+                                         {m.name, m.alias},
+                                         0,
+                                         &levels->message,
+                                         &levels->sanity,
+                                         log,
+                                         nullptr,
+                                         m.is_default,
+                                         false,
+                                         0};
     }
     _log_add_logger(log);
     return log;
 }
 
-// Makes module `from` a link to `to`, as registration does for linked modules.
-inline void link_modules(logger* from, size_t index, logmodule* to) {
-    from->loggers[index].link = to;
-}
-
-inline MsgLevel level_of(const logger* log, size_t index) {
-    return __atomic_load_n(log->loggers[index].pMsgLevel, __ATOMIC_RELAXED);
-}
-
 // Prints a message whatever the level is, as a component's generated _logforceprint does.
-__attribute__((format(printf, 4, 5))) inline void print(logger* log, LogModule module,
-                                                        MsgLevel level, const char* format, ...) {
+inline void print(logger* log, LogModule module, MsgLevel level, const char* format, ...) {
     va_list args;
     va_start(args, format);
     _logforceprintv(log, module, level, format, args);
     va_end(args);
 }
 
-// The library's own logger: the oldest of the chain.
-inline logger* library_logger(logger* newer) {
+// The library's own module, "util", whose logger is the oldest of the chain.
+inline logmodule* util_module(const logger* newer) {
     while (newer->next != nullptr)
         newer = newer->next;
-    return newer;
+    return const_cast<logmodule*>(newer->loggers);
 }
 
 #endif

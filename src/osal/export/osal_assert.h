@@ -16,10 +16,11 @@ extern "C" {
 //   function    name of the enclosing function
 //   format      printf-style message with its arguments; "" for none
 //
-// The line is cut at 1023 bytes and written with as few system calls as the kernel allows (one,
-// unless a signal or a full pipe comes between). Line breaks in the message become spaces. Any
-// thread may call it at any time; it allocates nothing, takes no lock and keeps the calling
-// thread's last-error value. It never ends the process.
+// The line is cut at 1023 bytes, its newline included, and written with as few system calls as the
+// kernel allows (one, unless a signal or a full pipe comes between); what standard error does not
+// take is lost. Line breaks in the message become spaces. Any thread may call it at any time; it
+// allocates nothing, takes no lock and keeps the calling thread's last-error value. It does not end
+// the process; writing to a pipe without a reader may, unless the process ignores SIGPIPE.
 void assertReport(const char* expression, const char* file, int line, const char* function,
                   const char* format, ...);
 

@@ -35,8 +35,8 @@ nanotime timingGetCurrentTimeNanos(void);
 // the offset from UTC in hours and minutes.
 //
 // Returns false, with `buf` unspecified, when the clock cannot be read or the year needs more
-// than five digits. The calendar text is kept per thread for its second, so a change of the time
-// zone shows from the next second on.
+// than five digits. The time zone is the one that the process had when the library was loaded, or
+// at its last call of tzset(); the calendar text is kept per thread until its second is over.
 bool timingFormatCurrentTime(TimeBuffer buf);
 
 #pragma GCC visibility pop

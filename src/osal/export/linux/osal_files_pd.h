@@ -1,7 +1,8 @@
 // Files, by descriptor and by name: the Linux variant.
 //
 // Names are NUL-terminated and borrowed for the call. Every function may be called from any
-// thread; those that transfer data go on after signals and short transfers.
+// thread. Those that transfer data go on after signals and short transfers, and wait for a
+// descriptor in non-blocking mode.
 #ifndef OSAL_EXPORT_LINUX_OSAL_FILES_PD_H
 #define OSAL_EXPORT_LINUX_OSAL_FILES_PD_H
 
@@ -44,7 +45,7 @@ filesize fio_fdsize(fio_fd fd);
 int fio_read_fully(fio_fd fd, void* buf, int len);
 
 // Writes `len` bytes from `buf`. Returns the number of bytes written, which is less than `len`
-// only after an error. A descriptor in non-blocking mode is waited for.
+// only after an error.
 int fio_write_fully(fio_fd fd, const void* buf, int len);
 
 // Moves the file position: `pos` counts from the start of the file (`whence` 0), from the current

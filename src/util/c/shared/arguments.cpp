@@ -13,6 +13,9 @@
 #include <string.h>
 #include <algorithm>
 
+static_assert(sizeof(ArgIter) == 56 && offsetof(ArgIter, delim) == 16 &&
+              offsetof(ArgIter, name) == 24 && offsetof(ArgIter, value) == 40);
+
 // Continues with the first character at or after p that is no delimiter.
 static inline void continue_at(ArgIterP iter, const char* p) {
     const char* const end = iter->end;

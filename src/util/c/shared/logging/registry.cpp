@@ -10,6 +10,10 @@
 
 #include <stdio.h>
 
+static_assert(sizeof(logiter) == 40 && offsetof(logiter, link) == 8 &&
+              offsetof(logiter, all) == 16 && offsetof(logiter, low) == 24 &&
+              offsetof(logiter, high) == 32);
+
 volatile int loggers_lock;
 std::atomic<logger*> all_loggers;
 
