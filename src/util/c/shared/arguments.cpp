@@ -74,8 +74,14 @@ void argIterInitDefault(ArgIterP iter, const char* args) {
     argIterInit(iter, args, strlen(args), ',');
 }
 
-bool argIterDone(ArgIterP iter) {
-    return iter->args >= iter->end;
+// What the library exports for callers that did not compile the header's body in. It has a name of
+// its own here, because some compilers take a second body of the same name for a mistake.
+#pragma GCC visibility push(default)
+extern "C" bool exported_done(ArgIterP iter) __asm__("argIterDone");
+#pragma GCC visibility pop
+
+bool exported_done(ArgIterP iter) {
+    return argIterDone(iter);
 }
 
 static inline bool is_quote(char c) {
