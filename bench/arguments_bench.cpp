@@ -2,9 +2,9 @@
 //
 // The hand-written scans are what a caller would write for one known string: they stop at ',' and
 // '=' and know neither quotes nor other delimiters, and being in this file they are inlined. The
-// iterator does know them, behind calls into the library. No value is quoted, so everybody finds the
-// same items. The text never changes, so branches are predicted better than in
-// a start-up that reads its options once.
+// iterator does know them, behind calls into the library. No value is quoted, so everybody finds
+// the same items. The text never changes, so branches are predicted better than in a start-up that
+// reads its options once.
 
 #include "util/export/arguments.h"
 
@@ -26,7 +26,7 @@ static void consume(Item item) {
     benchmark::DoNotOptimize(static_cast<const size_t&>(item.v_len));
 }
 
-// An option string of `count` items, about two thirds of them with a value. 
+// An option string of `count` items, about two thirds of them with a value.
 static std::string make_options(int count) {
     static const char* const ITEMS[] = {
         "verbose",

@@ -1,11 +1,10 @@
 // A log line that is printed, and a log statement that is off.
 //
 // Every contender prints the same message after level, module, local time and process id, about
-// 90 bytes, and hands the line to the kernel before its call returns. The peers get the cheaper
-// choice where there is one: the process id is found once and is plain text of their formats, and
-// TZ is set, so that strftime() does not look at the time zone's file for every line. glog writes
-// its own prefix, with the source file where the others have the module. The limit writes a
-// ready-made line of the same length.
+// 90 bytes, and hands the line to the kernel before its call returns. The process id is right also
+// after a fork: spdlog's own pattern flag, and getpid() beside fprintf(), ask the kernel for it.
+// glog writes its own prefix, with the source file where the others have the module and a thread id
+// for the process id. The limit writes a ready-made line of the same length.
 //
 // Every run starts with a fresh file and writes the same number of lines, so no file grows beyond
 // LINES_TO_FILE of them; afterwards its size tells whether every line arrived.

@@ -47,9 +47,9 @@ FACILITIES = {
             'and "collected %d objects in %s"; in the kernel before the call returns.',
             "Every run starts with an empty file and writes 50,000 lines (100,000 to the null "
             "device); the file's size is checked afterwards.",
-            "Unfair to us: the peers have the process id as ready text, which a fork would make "
-            "wrong. Unfair to glog: its prefix shows microseconds, and the source file instead of "
-            "the module.",
+            "spdlog and fprintf ask the kernel for the process id on every line; we keep it and "
+            "forget it at a fork. Unfair to glog: its prefix shows microseconds, and the source "
+            "file and thread id instead of module and process id.",
             "A statement that is off is measured 64 times in a row, so that the loop's own cost "
             "vanishes.",
         ],
