@@ -94,7 +94,7 @@ FACILITIES = {
         "Walking option strings",
         [
             "Name and value of every item as pointer and length: two thirds of the items have a "
-            "value, one is quoted.",
+            "value, none quoted.",
             "Unfair to us: the scans are inlined, know no quotes and only the delimiter ','.",
             "Kind to everybody: the text never changes, so its branches are predicted.",
         ],

@@ -9,7 +9,7 @@
 #include <dlfcn.h>
 #include <cstring>
 
-Platform platform;
+thread_local Platform platform;
 
 // The operation of the same name in libkxosal.so.
 template <typename Function>

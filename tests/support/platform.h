@@ -18,7 +18,7 @@ struct Platform {
     std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 
-// The state of the running test; assign Platform{} to go back to the real layer.
-extern Platform platform;
+// The state of the running test on its own thread; assign Platform{} to go back to the real layer.
+extern thread_local Platform platform;
 
 #endif

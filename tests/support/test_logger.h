@@ -43,7 +43,6 @@ inline logger* make_logger(const TestLoggerParts& given) {
                                     parts.obsoletes.data(),
                                     parts.msg_default,
                                     parts.sanity_default,
-                                    {},
                                     {}};
     std::copy(parts.decorators.begin(), parts.decorators.end(), log->extended_decorators);
     for (size_t i = 0; i < count; i++) {

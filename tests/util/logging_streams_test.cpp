@@ -4,6 +4,8 @@
 #include "support/test_logger.h"
 
 #include <gtest/gtest.h>
+#include <atomic>
+#include <thread>
 
 namespace fs = std::filesystem;
 using std::string;
@@ -80,6 +82,25 @@ TEST_F(Streams, RedirectOnceAndDoNotFollow) {
     ASSERT_EQ(attach(">a"), 0);
     EXPECT_TRUE(stream(2) == stream(0) && stream(1) == stream(0));
     EXPECT_EQ(open_descriptors("one"), 0);
+}
+
+TEST_F(Streams, StayOpenWhileTwoThreadsMoveModulesThatAThirdPrintsTo) {
+    std::atomic<bool> done = false;
+    std::thread printer([&] {
+        while (!done)
+            print(log, 2, MSG_QUIET, "x");
+    });
+    std::thread other([] {
+        for (int i = 0; i < 1000; i++)
+            attach(i % 2 == 0 ? "one" : "c=two");
+    });
+    for (int i = 0; i < 1000; i++)
+        attach(i % 2 == 0 ? "three" : "c=one");
+    other.join();
+    done = true;
+    printer.join();
+    attach("stderr");
+    EXPECT_EQ(open_descriptors("one") + open_descriptors("two") + open_descriptors("three"), 0);
 }
 
 TEST_F(Streams, TakeOnlyTheExactNamesOfTheStandardStreams) {

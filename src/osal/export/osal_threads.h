@@ -54,12 +54,13 @@ void* tlsGet(TLSKey key);
 // OSAL_BAD_ARGUMENT for a key that is no slot. On failure the old value stays.
 osalError tlsSet(TLSKey key, void* value);
 
-// The id of the calling process, right also in a child after fork(). Costs no system call but
-// for the first call in a process.
+// The id of the calling process, right also in a child after fork() (not after a bare fork or clone
+// system call, of which the C library knows nothing). Costs no system call but for the first call
+// in a process.
 int osGetProcessID(void);
 
-// The operating system's id of the calling thread, right also in a child after fork(). Costs no
-// system call but for the first call in a thread.
+// The operating system's id of the calling thread, likewise. Costs no system call but for the
+// first call in a thread.
 int threadGetCurrentID(void);
 
 // The calling thread's last operating-system error code (errno).

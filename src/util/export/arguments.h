@@ -30,7 +30,8 @@ extern "C" {
 //
 // An iterator belongs to one thread; any number of them may walk the same text.
 
-// Starts a walk over the `len` characters at `args`, which need not be terminated.
+// Starts a walk over the `len` characters at `args`, which need not be terminated and hold no NUL.
+// `delim` is any character but '='.
 void argIterInit(ArgIterP iter, const char* args, size_t len, char delim);
 
 // Starts a walk over a terminated string with the delimiter ','.

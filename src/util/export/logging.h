@@ -29,7 +29,8 @@ void _log_add_logger(logger* log);
 // is the index of one module and is not checked. Each selected module brings along the modules
 // that it is linked to.
 
-// Goes on with a walk that the library started.
+// Goes on with a walk. The library's operations start their walks themselves; these two functions
+// are for components of the virtual machine that are handed a walk in progress.
 //
 //   pm  receives the next module
 //
@@ -81,8 +82,9 @@ void logResetSanityLevels(void);
 // prints the decorations and the space only. A conversion that fails ends the message there.
 //
 // A line reaches the module's stream in one piece and is flushed before the call returns; lines
-// of several threads never mix. Nothing is allocated, the thread's last-error value is kept, and
-// a stream that cannot be written to loses the line silently. Bits of a decorations word that
+// of several threads never mix. Nothing is allocated (but the C library's buffer of a standard
+// output that nobody has used before), the thread's last-error value is kept, and a stream that
+// cannot be written to loses the line silently. Bits of a decorations word that
 // have no decoration print nothing, and a level that has no name shows as "?".
 //
 //   loggers  whose module is meant; its extended decorators apply. Not null, registered.

@@ -113,8 +113,9 @@ void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const cha
     __attribute__((format(printf, 4, 5)));
 
 // Holds a module's stream for direct writing: it is neither replaced nor closed until
-// _log_release_stream(), which the same thread calls soon, and without logging to the module's
-// stream options meanwhile. `module` is a real index. Printing lines to the module goes on.
+// _log_release_stream(), which the same thread calls soon. Meanwhile this thread may print to the
+// module, but must not parse log-file options or load a component: both may wait for the hold.
+// Other threads' lines to the module go on. `module` is a real index.
 FILE* _log_acquire_stream(logger* l, LogModule module);
 
 // Lets go of the stream that _log_acquire_stream() returned for the same module.
@@ -185,14 +186,14 @@ static const logobsolete log_obsoletes[] = {
 #undef LOG_ROW
 enum { LOG_NUM_OBSOLETES = sizeof log_obsoletes / sizeof log_obsoletes[0] - 1 };
 
-// The logger with its modules counted out, because C++ cannot initialise a trailing array of open
-// length. To the linker it is _loggers.
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpedantic"
-#ifdef __clang__
-#pragma GCC diagnostic ignored "-Wgnu-variable-sized-type-not-at-end"
-#endif
+#pragma GCC diagnostic ignored "-Wpedantic"  // initialising a trailing array
 #define LOG_ROW(enumerator, name, function) {name, function},
+#define LOG_LOGGER_FIELDS                                                                    \
+    NULL, NumLogModules, LOG_MAX_DECORATION_SIZE, LOG_NUM_OBSOLETES,                         \
+        LOG_NUM_OBSOLETES > 0 ? log_obsoletes : NULL, LOG_MSG_DEFAULT, LOG_SANITY_DEFAULT, { \
+        LOG_EXTENDED_DECORATORS(LOG_ROW)                                                     \
+    }
 #define LOG_MODULE_ROW(enumerator, name, alias, flags, decorations) \
     {NULL,                                                          \
      {name, alias},                                                 \
@@ -204,24 +205,23 @@ enum { LOG_NUM_OBSOLETES = sizeof log_obsoletes / sizeof log_obsoletes[0] - 1 };
      ((flags)&LOG_IS_DEFAULT) != 0,                                 \
      ((flags)&LOG_IS_LINKED) != 0,                                  \
      decorations},
+#if defined(__clang__) && defined(__cplusplus)
+// This compiler does not initialise a trailing array of open length in C++. To the linker this
+// record, with the modules counted out, is _loggers.
+#pragma GCC diagnostic ignored "-Wgnu-variable-sized-type-not-at-end"
 struct log_component {
     logger head;
     logmodule modules[NumLogModules];
 };
 extern struct log_component log_component __asm__("_loggers") __attribute__((visibility("hidden")));
-struct log_component log_component = {{NULL,
-                                       NumLogModules,
-                                       LOG_MAX_DECORATION_SIZE,
-                                       LOG_NUM_OBSOLETES,
-                                       LOG_NUM_OBSOLETES > 0 ? log_obsoletes : NULL,
-                                       LOG_MSG_DEFAULT,
-                                       LOG_SANITY_DEFAULT,
-                                       {LOG_EXTENDED_DECORATORS(LOG_ROW)},
-                                       {}},
-                                      {LOG_MODULES(LOG_MODULE_ROW)}};
+struct log_component log_component = {{LOG_LOGGER_FIELDS, {}}, {LOG_MODULES(LOG_MODULE_ROW)}};
 LOG_STATIC_ASSERT(offsetof(struct log_component, modules) == offsetof(logger, loggers),
                   "modules start where the trailing array does");
+#else
+logger _loggers = {LOG_LOGGER_FIELDS, {LOG_MODULES(LOG_MODULE_ROW)}};
+#endif
 #undef LOG_ROW
+#undef LOG_LOGGER_FIELDS
 #undef LOG_MODULE_ROW
 #pragma GCC diagnostic pop
 

@@ -128,7 +128,7 @@ struct logger {
     MsgLevel msg_default;              // what logResetMsgLevels() restores
     SanityLevel sanity_default;        // what logResetSanityLevels() restores
     log_extended_decorator extended_decorators[LOG_EXTENDED_SLOTS];
-    logmodule loggers[0];  // entry i is the module of index i
+    logmodule loggers[];  // entry i is the module of index i
 };
 
 #pragma GCC diagnostic pop

@@ -13,7 +13,7 @@ extern "C" {
 // Formats as vsnprintf() does.
 //
 //   buf  receives the text, cut to fit and always terminated
-//   len  size of `buf` in bytes, at most INT_MAX
+//   len  size of `buf` in bytes; one above INT_MAX means that the text fits, whatever its length
 //
 // Returns the length of the text when all of it fitted. Returns a negative value when it was cut
 // (`buf` holds its first len - 1 bytes), when the conversion failed (`buf` holds what was written

@@ -2,11 +2,14 @@
 
 #include "util/export/stringutil.h"
 
+#include <limits.h>
 #include <stdio.h>
 
 int kestrum_util_vsnprintf(char* buf, size_t len, const char* fmt, va_list va) {
     if (buf == nullptr || len == 0)
         return -1;
+    if (len > INT_MAX)  // a size like (size_t)-1: nothing is known of the buffer's last byte
+        return vsnprintf(buf, INT_MAX, fmt, va);
     const int needed = vsnprintf(buf, len, fmt, va);
     buf[len - 1] = '\0';
     return needed >= 0 && static_cast<size_t>(needed) >= len ? -1 : needed;

@@ -14,6 +14,7 @@
 
 #include <stdarg.h>
 #include <string.h>
+#include <bit>
 #include <span>
 
 constexpr size_t ADVICE_BYTES = 256;
@@ -54,21 +55,19 @@ static NamedThing look_up(const char* name, bool with_retired) {
     return {nullptr, 0, nullptr};
 }
 
-static size_t count_retired_names() {
-    size_t count = 0;
-    for (logger* l = all_loggers.load(std::memory_order_acquire); l != nullptr; l = l->next)
-        count += l->num_obsoletes;
-    return count;
-}
-
 bool find_logmodule(const parse_callback* cb, const char* name, logger** ppl, size_t* pmindex,
                     char* errbuf, size_t errlen) {
-    // A replacement may be retired in turn. A chain longer than there are retired names goes in
-    // a circle; it ends as a missing replacement does.
+    // A replacement may be retired in turn. A chain that comes back to a row goes in a circle and
+    // ends as a missing replacement does; the milestone, moved on ever more seldom, is met again.
+    const logobsolete* milestone = nullptr;
     size_t hops = 0;
     NamedThing found = look_up(name, cb != nullptr);
     while (found.retired != nullptr) {
         const logobsolete* retired = found.retired;
+        if (retired == milestone)
+            return false;
+        if (std::has_single_bit(++hops))
+            milestone = retired;
         if (retired->new_name == nullptr) {
             fail(errbuf, errlen, "Logging module %s is deprecated", name);
             return false;
@@ -79,7 +78,7 @@ bool find_logmodule(const parse_callback* cb, const char* name, logger** ppl, si
             name, retired->new_name,
             retired->new_level < MSG_MAX ? msglevel_names[retired->new_level] : "?");
         fail(errbuf, errlen, "%s", advice);
-        if (retired->how == OBSOLETE_FAIL || hops++ == count_retired_names())
+        if (retired->how == OBSOLETE_FAIL)
             return false;
         if (cb->cb_deprecated != nullptr)
             cb->cb_deprecated(advice);
@@ -192,11 +191,11 @@ static int set_logfile(logger* l, size_t module, const char* value, char* errbuf
     log_output stream = register_stream(value);
     if (stream == nullptr)
         return fail(errbuf, errlen, "Could not open stream '%s'", value);
-    // The hold of register_stream() keeps the file open between giving a module the stream and
-    // counting it.
+    // Counted before it is given: another option may take the stream away from the module at once,
+    // and drop the module's reference with it.
     for_each_module(l, static_cast<LogModule>(module), [=](logmodule* m) {
-        set_stream(m, stream);
         use_stream(stream);
+        set_stream(m, stream);
     });
     release_stream(stream);
     return 0;

@@ -33,9 +33,11 @@ void _log_add_logger(logger* log) {
     for (size_t i = 0; i < log->num_loggers; i++)
         log->loggers[i].out = stderr;
     rwWriteLock(&loggers_lock);
-    log->next = all_loggers.load(std::memory_order_relaxed);
-    all_loggers.store(log, std::memory_order_release);
-    num_modules += log->num_loggers;
+    if (!is_registered(log)) {  // another thread may have been faster
+        log->next = all_loggers.load(std::memory_order_relaxed);
+        all_loggers.store(log, std::memory_order_release);
+        num_modules += log->num_loggers;
+    }
     rwWriteUnlock(&loggers_lock);
 }
 

@@ -28,7 +28,7 @@ struct fileref {
     log_output f;
     size_t refcount;
     fileref* next;
-    char name[0];  // canonical when the platform could tell
+    char name[];  // canonical when the platform could tell
 };
 
 #pragma GCC diagnostic pop
