@@ -1,0 +1,78 @@
+#include "osal/export/osal_threads.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <atomic>
+#include <ctime>
+#include <thread>
+#include <vector>
+
+struct Hold {
+    void (*take)(volatile int* word);
+    void (*release)(volatile int* word);
+};
+constexpr Hold READ = {rwReadLock, rwReadUnlock}, WRITE = {rwWriteLock, rwWriteUnlock};
+
+TEST(RwLock, AWaiterSleepsUntilTheLastHoldIsReleased) {
+    alarm(60);  // a thread that nobody wakes would hang
+    for (const auto& [held, wanted] : {std::pair(READ, WRITE), {WRITE, READ}, {WRITE, WRITE}}) {
+        volatile int word = 0;
+        std::atomic<bool> released = false;
+        held.take(&word);
+        const std::clock_t before = std::clock();
+        std::jthread waiter([&, hold = wanted] {
+            hold.take(&word);
+            EXPECT_TRUE(released);
+            hold.release(&word);
+        });
+        usleep(50'000);
+        EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 40);  // half of what a spinner takes
+        if (held.take == rwReadLock) {
+            rwReadLock(&word);  // nested: the waiting writer does not come first
+            rwReadUnlock(&word);
+            usleep(20'000);
+        }
+        released = true;
+        held.release(&word);
+    }
+}
+
+TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
+    constexpr int THREADS = 16, ROUNDS = 8000, WRITE_EVERY = 4;
+    alarm(60);
+    volatile int word = 0;
+    long writes = 0;
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < THREADS; t++) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < ROUNDS; i++) {
+                const Hold& hold = i % WRITE_EVERY == 0 ? WRITE : READ;
+                hold.take(&word);
+                const long before = writes;
+                std::this_thread::yield();  // lets others find the word held
+                EXPECT_EQ(writes, before);
+                if (&hold == &WRITE)
+                    writes++;
+                hold.release(&word);
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(writes, THREADS * ROUNDS / WRITE_EVERY);
+}
+
+TEST(Ids, AreRightInEveryThreadAndInAChild) {
+    const auto ok = [] { return osGetProcessID() == getpid() && threadGetCurrentID() == gettid(); };
+    EXPECT_TRUE(ok() && ok());  // the second answer is the one kept
+    EXPECT_EXIT(_exit(ok() ? 0 : 1), testing::ExitedWithCode(0), "");
+    std::thread([ok] { EXPECT_TRUE(ok() && ok()); }).join();
+}
+
+TEST(Slots, AreSeparateInEveryThread) {
+    TLSKey key;
+    EXPECT_EQ(tlsAlloc(nullptr), OSAL_BAD_ARGUMENT);
+    ASSERT_EQ(tlsAlloc(&key), OSAL_OK);
+    EXPECT_EQ(tlsSet(key, &key), OSAL_OK);
+    std::thread([&] { EXPECT_EQ(tlsGet(key), nullptr); }).join();
+    EXPECT_EQ(tlsGet(key), &key);
+}
