@@ -37,6 +37,6 @@ if [ -n "$filter" ]; then
     cat "$work/report.md"
 else
     mkdir -p docs
-    cp "$work/report.md" docs/benchmarks.md
+    cat "$work/report.md" <(echo) bench/notes.md > docs/benchmarks.md
     echo "docs/benchmarks.md written (${SECONDS}s)"
 fi
