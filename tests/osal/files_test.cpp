@@ -2,9 +2,9 @@
 
 #include "support/temp_folder.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <string>
 #include <thread>
@@ -41,27 +41,27 @@ TEST(Files, AreMadeCanonicalWhenTheNameFits) {
 }
 
 // The timer interrupts the main thread, which waits for its peer first as reader, then as writer.
-TEST(Files, CrossAPipeWholeDespiteSignalsAndNonBlockingEnds) {
-    const std::string sent = read_file("/proc/self/exe");  // more than a pipe holds
+TEST(Files, CrossASocketWholeDespiteSignalsAndNonBlockingEnds) {
+    const std::string sent = read_file("/proc/self/exe");  // more than a socket holds
     const int length = sent.size();
     std::string received(sent.size(), '#'), first(1, '#');
     struct sigaction interrupt = {};
     interrupt.sa_handler = [](int) {};
     sigaction(SIGALRM, &interrupt, nullptr);
     ualarm(1000, 1000);
-    for (int flags : {0, O_NONBLOCK}) {
+    for (int flags : {0, int{SOCK_NONBLOCK}}) {
         int ends[2];
-        ASSERT_EQ(pipe2(ends, flags), 0);
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | flags, 0, ends), 0);
         std::thread peer([&] {
             usleep(20'000);
             EXPECT_EQ(fio_write_fully(ends[1], "x", 1), 1);
             usleep(20'000);
-            EXPECT_EQ(fio_read_fully(ends[0], received.data(), length), length);
-            fio_close(ends[0]);
+            EXPECT_EQ(fio_read_fully(ends[1], received.data(), length), length);
+            fio_close(ends[1]);
         });
         ASSERT_EQ(fio_read_fully(ends[0], first.data(), 1), 1);
-        EXPECT_EQ(fio_write_fully(ends[1], sent.data(), length), length);
-        fio_close(ends[1]);
+        EXPECT_EQ(fio_write_fully(ends[0], sent.data(), length), length);
+        fio_close(ends[0]);
         peer.join();
         EXPECT_TRUE(received == sent);
     }
