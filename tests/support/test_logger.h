@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC diagnostic ignored "-Wpedantic"  // a record with a trailing array is made here
+
 struct TestModule {
     const char* name;
     const char* alias = nullptr;
