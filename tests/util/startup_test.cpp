@@ -12,6 +12,11 @@ constexpr double MULTIPLIER = 0.25;
 static const char* calls[8];
 static size_t num_calls;
 
+osalError tlsAlloc(TLSKey*) {
+    calls[num_calls++] = "allocate the thread-local slot";
+    return getenv("FAIL_SLOT") == nullptr ? OSAL_OK : OSAL_OUT_OF_RESOURCES;
+}
+
 void rwWriteLock(volatile int*) {
     calls[num_calls++] = "register the library's logger";
 }
@@ -25,10 +30,16 @@ void _timing_get_vars(counterfreq* frequency, double* toNanos) {
 }
 
 TEST(Startup, RunsTheInitialisersInOrderAndOnce) {
-    const std::vector<std::string> expected = {"register the library's logger",
+    const std::vector<std::string> expected = {"allocate the thread-local slot",
+                                               "register the library's logger",
                                                "read the timing variables"};
     EXPECT_EQ(std::vector<std::string>(calls, calls + num_calls), expected);
     EXPECT_EQ(counterFrequency, FREQUENCY);
     EXPECT_EQ(counterToNanoMultiplier, MULTIPLIER);
     EXPECT_EQ(timingGetCounterFreq(), FREQUENCY);
+}
+
+TEST(Startup, AbortsWithoutTheSlot) {
+    const int status = system("FAIL_SLOT=1 /proc/$PPID/exe 2>/dev/null");
+    EXPECT_EQ(status, 0x8600);  // the shell's way of saying SIGABRT
 }
