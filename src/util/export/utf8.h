@@ -1,0 +1,78 @@
+// The virtual machine's UTF-8: characters up to U+FFFF in one, two or three bytes, a character
+// beyond as the six bytes of its surrogate pair, U+0000 as C0 80. There are no four-byte
+// sequences, and encoded text never holds a zero byte.
+//
+// A character is a UTF-16 code unit, 0 to 0xFFFF, in a wchar_t. All functions may be called from
+// any thread.
+#ifndef UTIL_EXPORT_UTF8_H
+#define UTIL_EXPORT_UTF8_H
+
+#include <stdbool.h>
+#include <stddef.h>
+#include <wchar.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+// True when the `length` bytes at `buffer` are text of this form.
+//
+//   buffer  needs no terminator, and a zero byte within `length` makes it invalid
+//   relax   admits overlong encodings; C0 80 is valid in either mode
+//
+// A lone surrogate is valid, and so are U+FFFE and U+FFFF. The empty buffer is valid.
+bool utf8_validate(const char* buffer, size_t length, bool relax);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+// Decodes the character at `*utfstring_ptr` and advances the pointer past it.
+//
+// The text ends with a zero byte, which decodes as 0 and counts as one byte. A byte that starts no
+// sequence, or whose sequence is broken off, stands for itself (0x80 to 0xFF); a three-byte
+// sequence broken off after its second byte takes that byte along. Nothing is read past the zero
+// byte. C0 80 decodes to 0 as well, in two bytes.
+static inline wchar_t next_utf2wchar(const char** utfstring_ptr) {
+    const unsigned char* p = (const unsigned char*)*utfstring_ptr;
+    wchar_t c = p[0];
+    int bytes = 1;
+    if (c >= 0xC0 && c <= 0xEF && (p[1] & 0xC0) == 0x80) {
+        if (c < 0xE0) {
+            c = (c & 0x1F) << 6 | (p[1] & 0x3F);
+            bytes = 2;
+        } else if ((p[2] & 0xC0) == 0x80) {
+            c = (c & 0x0F) << 12 | (p[1] & 0x3F) << 6 | (p[2] & 0x3F);
+            bytes = 3;
+        } else {
+            bytes = 2;
+        }
+    }
+    *utfstring_ptr += bytes;
+    return c;
+}
+
+// Encodes a character into `utfbuf`, which has room for three bytes; no terminator is written.
+// Zero becomes C0 80; of a value above 0xFFFF, or a negative one, the low 16 bits count.
+//
+// Returns the number of bytes written, 1 to 3.
+static inline unsigned int wchar2utf8(char* utfbuf, wchar_t c) {
+    const unsigned int u = (unsigned int)c & 0xFFFF;
+    if (u != 0 && u < 0x80) {
+        utfbuf[0] = (char)u;
+        return 1;
+    }
+    if (u < 0x800) {
+        utfbuf[0] = (char)(0xC0 | u >> 6);
+        utfbuf[1] = (char)(0x80 | (u & 0x3F));
+        return 2;
+    }
+    utfbuf[0] = (char)(0xE0 | u >> 12);
+    utfbuf[1] = (char)(0x80 | (u >> 6 & 0x3F));
+    utfbuf[2] = (char)(0x80 | (u & 0x3F));
+    return 3;
+}
+
+#endif
