@@ -22,6 +22,8 @@ PEER_PACKAGES = {
     "logging": ["libspdlog-dev", "libgoogle-glog-dev"],
     "rwlock": ["libabsl-dev", "libc6"],
     "arguments": ["libc6"],
+    "utf8": ["libsimdjson-dev", "libglib2.0-dev"],
+    "stacked_threadlocal": ["libc6"],
 }
 BENCHMARK_PACKAGE = "libbenchmark-dev"
 
@@ -108,6 +110,36 @@ FACILITIES = {
         ],
     ),
 }
+
+
+TEXT_SIZES = {"64": "64 bytes", "4096": "4 KiB", "1048576": "1 MiB"}
+BEYOND_ASCII = ["two-byte 5%", "three-byte", "mixed", "pairs"]
+
+FACILITIES["utf8"] = Facility(
+    "Validating UTF-8",
+    [
+        "The same bytes for everybody, but for pairs: six bytes each for us, four for the peers, as "
+        "many bytes in all. The limit reads the memory and judges nothing.",
+    ],
+    [
+        Case(f"{shape} {size}", f"{shape}, {TEXT_SIZES[size]}")
+        for shape in ["ascii"] + BEYOND_ASCII
+        for size in TEXT_SIZES
+    ],
+    [Target(f"ascii {size}", PEER, 1.0 if size == "64" else 0.9, ["simdjson"]) for size in TEXT_SIZES]
+    + [
+        Target(f"{shape} {size}", PEER, 1.0, ["simdjson"])
+        for shape in BEYOND_ASCII
+        for size in TEXT_SIZES
+    ],
+)
+
+FACILITIES["stacked_threadlocal"] = Facility(
+    "Stacked thread-locals",
+    ["One binding. The peer's list is compiled into the loop; ours is called in the library."],
+    [Case("push and pop", "push and pop"), Case("get", "get")],
+    [Target("push and pop", PEER, 1.0), Target("get", PEER, 1.0)],
+)
 
 
 class Measured:

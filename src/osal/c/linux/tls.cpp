@@ -1,21 +1,47 @@
-// Thread-local slots are POSIX keys without destructors.
+// Thread-local slots.
+//
+// The first few are elements of an array that every thread has at a fixed offset: reading one is a
+// load. A key of theirs has its highest bit set, which no POSIX key has; when they are used up,
+// slots are POSIX keys without destructors. Slots are never given back.
 
 #include "osal/export/osal_threads.h"
 
 #include <errno.h>
 #include <pthread.h>
+#include <atomic>
+
+constexpr unsigned NUM_FAST_SLOTS = 8;  // the array takes room in every thread
+constexpr TLSKey FAST = 0x80000000;
+
+static thread_local void* fast_slots[NUM_FAST_SLOTS];
+static std::atomic<unsigned> slots_taken;  // threads that raced for the last one may pass the end
 
 osalError tlsAlloc(TLSKey* key) {
     if (key == nullptr)
         return OSAL_BAD_ARGUMENT;
+    if (slots_taken.load(std::memory_order_relaxed) < NUM_FAST_SLOTS) {
+        const unsigned slot = slots_taken.fetch_add(1, std::memory_order_relaxed);
+        if (slot < NUM_FAST_SLOTS) {
+            *key = FAST | slot;
+            return OSAL_OK;
+        }
+    }
     return pthread_key_create(key, nullptr) == 0 ? OSAL_OK : OSAL_OUT_OF_RESOURCES;
 }
 
+static bool is_fast(TLSKey key) {
+    return key - FAST < NUM_FAST_SLOTS;
+}
+
 void* tlsGet(TLSKey key) {
-    return pthread_getspecific(key);
+    return is_fast(key) ? fast_slots[key - FAST] : pthread_getspecific(key);
 }
 
 osalError tlsSet(TLSKey key, void* value) {
+    if (is_fast(key)) {
+        fast_slots[key - FAST] = value;
+        return OSAL_OK;
+    }
     switch (pthread_setspecific(key, value)) {
         case 0: return OSAL_OK;
         case ENOMEM: return OSAL_OUT_OF_RESOURCES;

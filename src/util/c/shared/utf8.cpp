@@ -144,25 +144,49 @@ WIDE_INLINE __m256i load(const unsigned char* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
-// Two blocks, which are most often ASCII.
+WIDE_INLINE bool is_ascii(__m256i blocks) {
+    return _mm256_movemask_epi8(blocks) == 0;
+}
+
+// What a run of ASCII blocks leaves to check: given the smallest bytes of all and the last block.
+WIDE_INLINE void check_ascii(WideCheck* check, __m256i smallest, __m256i last) {
+    check_zeros(check, smallest);
+    check->errors = _mm256_or_si256(check->errors, check->unfinished);
+    check->unfinished = _mm256_setzero_si256();
+    check->before = last;
+}
+
 template <bool relax>
 WIDE_INLINE void check_two_blocks(WideCheck* check, __m256i a, __m256i b) {
-    if (_mm256_movemask_epi8(_mm256_or_si256(a, b)) == 0) {
-        check_zeros(check, _mm256_min_epu8(a, b));
-        check->errors = _mm256_or_si256(check->errors, check->unfinished);
-        check->unfinished = _mm256_setzero_si256();
-        check->before = b;
-        return;
+    if (is_ascii(_mm256_or_si256(a, b))) {
+        check_ascii(check, _mm256_min_epu8(a, b), b);
+    } else {
+        check_block<relax>(check, a);
+        check_block<relax>(check, b);
     }
-    check_block<relax>(check, a);
-    check_block<relax>(check, b);
+}
+
+template <bool relax>
+WIDE_INLINE void check_four_blocks(WideCheck* check, const unsigned char* p) {
+    const __m256i a = load(p), b = load(p + WIDE_BYTES);
+    const __m256i c = load(p + 2 * WIDE_BYTES), d = load(p + 3 * WIDE_BYTES);
+    if (is_ascii(_mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d)))) {
+        check_ascii(check, _mm256_min_epu8(_mm256_min_epu8(a, b), _mm256_min_epu8(c, d)), d);
+    } else {
+        check_two_blocks<relax>(check, a, b);
+        check_two_blocks<relax>(check, c, d);
+    }
 }
 
 template <bool relax>
 WIDE static bool validate_wide(const unsigned char* p, const unsigned char* end) {
     WideCheck check = {_mm256_setzero_si256(), _mm256_setzero_si256(), _mm256_setzero_si256()};
-    for (; end - p >= 2 * WIDE_BYTES; p += 2 * WIDE_BYTES)
+    for (; end - p >= 4 * WIDE_BYTES; p += 4 * WIDE_BYTES)
+        check_four_blocks<relax>(&check, p);
+    if (end - p >= 2 * WIDE_BYTES) {
         check_two_blocks<relax>(&check, load(p), load(p + WIDE_BYTES));
+        p += 2 * WIDE_BYTES;
+    }
     // The rest, filled up with spaces, which also end a character that is cut off.
     unsigned char rest[2 * WIDE_BYTES];
     memset(rest, ' ', sizeof rest);
