@@ -72,6 +72,8 @@ TEST(Ids, AreRightInEveryThreadAndInAChild) {
 TEST(Slots, AreSeparateInEveryThreadAndFromOneAnother) {
     TLSKey keys[12];
     EXPECT_EQ(tlsAlloc(nullptr), OSAL_BAD_ARGUMENT);
+    ASSERT_EQ(tlsAlloc(&keys[0]), OSAL_OK);
+    EXPECT_EQ(tlsSet(keys[0] + 1, &keys), OSAL_BAD_ARGUMENT);  // nobody's yet
     for (TLSKey& key : keys) {
         ASSERT_EQ(tlsAlloc(&key), OSAL_OK);
         EXPECT_EQ(tlsGet(key), nullptr);

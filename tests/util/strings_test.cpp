@@ -25,12 +25,6 @@ TEST(Snprintf, TellsWholeTextsFromCutOnes) {
     EXPECT_EQ(kestrum_util_snprintf(nullptr, 8, "%s", "abc"), -1);
 }
 
-TEST(Compare, IgnoresCase) {
-    EXPECT_EQ(kestrum_util_stricmp("TRUE", "true"), 0);
-    EXPECT_LT(kestrum_util_stricmp("TRUE", "trues"), 0);
-    EXPECT_EQ(kestrum_util_strnicmp("0X1f", "0x", 2), 0);
-}
-
 constexpr size_t AS_MUCH_AS_FITS = static_cast<size_t>(-1);
 
 struct CopyCase {

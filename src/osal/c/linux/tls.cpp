@@ -39,6 +39,8 @@ void* tlsGet(TLSKey key) {
 
 osalError tlsSet(TLSKey key, void* value) {
     if (is_fast(key)) {
+        if (key - FAST >= slots_taken.load(std::memory_order_relaxed))
+            return OSAL_BAD_ARGUMENT;
         fast_slots[key - FAST] = value;
         return OSAL_OK;
     }

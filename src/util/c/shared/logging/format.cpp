@@ -2,9 +2,9 @@
 //
 // The platform's formatter costs more than all else in a line but the write itself, and most
 // messages need little of it: whole numbers and strings without flags or width. Those are written
-// here in one pass. The first conversion that is anything else, a null string
-// included, hands the whole text to the platform's formatter, which starts over with the untouched
-// argument list; so what comes out is always what it would write.
+// here in one pass. The first conversion that is anything else, a null string included, hands the
+// whole text to the platform's formatter, which starts over with the untouched argument list; so
+// what comes out is always what it would write.
 
 #include "util/c/shared/logging/logging_internal.h"
 
