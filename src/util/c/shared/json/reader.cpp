@@ -1,0 +1,275 @@
+// The JSON reader: one pass over a text that has been checked to be UTF-8.
+//
+// A cursor travels through the functions below; the record of the parse keeps what a callback or
+// an error may ask for. Every event and every error first stores the cursor and the place where
+// an error's extract would begin; lines are counted only when an error names one.
+//
+// Valid characters are copied as they are: decoding and encoding them again would give the same
+// bytes. The terminating zero byte ends every scan. So does U+0000 in its two bytes, which counts
+// as the end of the document; its first byte starts no other character, so that byte is enough.
+//
+// Open containers are kept as one byte each in memory of the parse's own, so nesting costs no
+// stack.
+
+#include "util/c/shared/json/text.h"
+#include "util/c/shared/json/words.h"
+
+#include "osal/export/linux/osal_files_pd.h"
+#include "osal/export/osal_msmalloc.h"
+#include "util/export/scaled_printfmt.h"
+#include "util/export/stacked_threadlocal.h"
+#include "util/export/stringutil.h"
+#include "util/export/utf8.h"
+
+#include <limits.h>
+#include <stdarg.h>
+#include <stdlib.h>
+
+static __slkey jsonkey = &jsonkey;  // finds the calling thread's innermost parse
+
+void fail(json* js, const char* extract, const char* pos, const char* message) {
+    js->extract = extract;
+    js->pos = pos;
+    jsonAbort("%s", message);
+    abort();  // not reached: this parse is running
+}
+
+// Resizes a block that is the built-in one, of which `used` bytes count, or memory of its own.
+static char* resize(json* js, char* block, const char* built_in, size_t used, size_t size) {
+    char* const old = block == built_in ? nullptr : block;
+    char* const grown = static_cast<char*>(gsRealloc(old, size));
+    if (grown == nullptr)
+        fail(js, js->extract, js->pos, "Out of memory");
+    if (old == nullptr)
+        memcpy(grown, built_in, used);
+    return grown;
+}
+
+void grow_buffer(json* js, size_t count, const char* token, const char* pos) {
+    js->extract = token;
+    js->pos = pos;
+    while (js->used + count >= js->size) {
+        js->buffer = resize(js, js->buffer, js->static_buf, js->used, js->size + TOKEN_STEP);
+        js->size += TOKEN_STEP;
+    }
+}
+
+// Containers.
+
+static void deepen(json* js, const char* bracket) {
+    js->extract = bracket;
+    js->pos = bracket + 1;
+    js->open = resize(js, js->open, js->static_open, js->depth, js->max_depth * 2);
+    js->max_depth *= 2;
+}
+
+static inline const char* begin_container(json* js, const char* bracket) {
+    if (js->depth == js->max_depth) [[unlikely]]
+        deepen(js, bracket);
+    const bool is_array = *bracket == '[';
+    js->open[js->depth++] = is_array ? JSON_ARRAY_END : JSON_OBJECT_END;
+    deliver(js, bracket, bracket + 1, is_array ? JSON_ARRAY_BEGIN : JSON_OBJECT_BEGIN, nullptr);
+    return bracket + 1;
+}
+
+static inline bool begins_container(char c) {
+    return c == '{' || c == '[';
+}
+
+static inline bool in_object(const json* js) {
+    return js->depth > 0 && js->open[js->depth - 1] == JSON_OBJECT_END;
+}
+
+// What follows a member's value, first looked at from p on: the next member, or the closing brace.
+static inline const char* read_separator(json* js, const char* p) {
+    if (*p == ',' && !is_blank(p[1]) && p[1] != '/') [[likely]]
+        return p + 1;
+    p = next_clean(js, p);
+    if (*p == ',' || *p == ';')
+        return next_clean(js, p + 1);
+    if (*p != '}')
+        fail(js, p, p, "Bad character");
+    return p;
+}
+
+static inline const char* end_container(json* js, const char* bracket) {
+    const JSONType end = static_cast<JSONType>(js->open[--js->depth]);
+    deliver(js, bracket, bracket + 1, end, nullptr);
+    return in_object(js) ? read_separator(js, bracket + 1) : bracket + 1;
+}
+
+[[gnu::always_inline]] static inline const char* send_scalar(json* js, const char* token) {
+    const char c = *token;
+    if (begins_string(c)) {
+        const char* const end = scan_string(js, token);
+        deliver_text(js, token, end, JSON_STRING);
+        return end;
+    }
+    const char* const end =
+        is_digit(c) || c == '-' ? send_usual_number(js, token) : send_usual_literal(js, token);
+    return end != nullptr ? end : send_any_word(js, token);
+}
+
+// Reads a member's key and what stands between it and the value.
+[[gnu::always_inline]] static inline const char* read_key(json* js, const char* key) {
+    if (is_end(*key))
+        fail(js, key, key, "Object must end with '}'");
+    const char* p = begins_string(*key) ? scan_string(js, key) : scan_word(js, key);
+    deliver_text(js, key, p, JSON_KEY);
+    if (*p == ':' && !is_blank(p[1]) && p[1] != '/') [[likely]]
+        return p + 1;
+    p = next_clean(js, p);
+    if (*p != ':' && *p != '=')
+        fail(js, p, p, "Unexpected char");
+    return next_clean(js, p + 1);
+}
+
+// Reads the object's members from p on, until it ends or a value is a container.
+static const char* read_members(json* js, const char* p) {
+    p = next_clean(js, p);
+    while (*p != '}') {
+        p = read_key(js, p);
+        if (begins_container(*p))
+            return begin_container(js, p);
+        p = read_separator(js, send_scalar(js, p));
+    }
+    return end_container(js, p);
+}
+
+// Reads the array's elements from p on, until it ends or an element is a container.
+static const char* read_elements(json* js, const char* p) {
+    p = next_clean(js, p);
+    while (*p != ']') {
+        if (begins_container(*p))
+            return begin_container(js, p);
+        if (*p != ',')
+            p = next_clean(js, send_scalar(js, p));
+        if (*p == ',')
+            p = next_clean(js, p + 1);
+    }
+    return end_container(js, p);
+}
+
+static void read_document(json* js) {
+    const char* p = next_clean(js, js->start);
+    if (!begins_container(*p))
+        fail(js, p, p, "Object must start with '{'");
+    p = begin_container(js, p);
+    while (js->depth > 0)
+        p = in_object(js) ? read_members(js, p) : read_elements(js, p);
+}
+
+// The parse itself; errors come back here. The record belongs to the caller's frame, so its fields
+// are sure to be as they were left.
+static int run(json* js) {
+    if (setjmp(js->jmp) != 0)
+        return -1;
+    if (!utf8_validate(js->start, static_cast<size_t>(js->end - js->start), false))
+        jsonAbort("Illegal UTF8 text stream");
+    read_document(js);
+    return 0;
+}
+
+int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errlen) {
+    json js;
+    js.start = js.pos = str;
+    js.end = str + strlen(str);
+    js.extract = nullptr;
+    js.callback = cb;
+    js.arg = arg;
+    js.errbuf = errbuf;
+    js.errlen = errlen;
+    js.buffer = js.static_buf;
+    js.used = 0;
+    js.size = sizeof js.static_buf;
+    js.open = js.static_open;
+    js.depth = 0;
+    js.max_depth = sizeof js.static_open;
+    js.decimal_point = json::UNKNOWN;
+    js.index.begin = str;
+    js.index.bytes = 0;
+
+    __tlnode node;
+    stackedLocalPush(&node, &js, jsonkey);
+    const int result = run(&js);
+    stackedLocalPop(&node);
+    if (js.buffer != js.static_buf)
+        gsFree(js.buffer);
+    if (js.open != js.static_open)
+        gsFree(js.open);
+    return result;
+}
+
+// Reads the `size` bytes of the open file into memory and parses them.
+static int parse_open_file(fio_fd fd, filesize size, const char* path, json_cb cb, void* arg,
+                           char* errbuf, size_t errlen) {
+    if (size > INT_MAX) {
+        kestrum_util_snprintf(errbuf, errlen, "Too large file: %s", path);
+        return -1;
+    }
+    const size_t bytes = size < 0 ? 0 : static_cast<size_t>(size);
+    char* const text = static_cast<char*>(gsMalloc(bytes + 1));
+    if (text == nullptr) {
+        kestrum_util_snprintf(errbuf, errlen, "Could not allocate %lu%sB bytes",
+                              scaledownSize(bytes), scaledDownSizeSuffix(bytes));
+        return -1;
+    }
+    int result = -1;
+    if (fio_read_fully(fd, text, static_cast<int>(bytes)) != size) {
+        kestrum_util_snprintf(errbuf, errlen, "Could not read %s", path);
+    } else {
+        text[bytes] = '\0';
+        result = jsonParse(text, cb, arg, errbuf, errlen);
+    }
+    gsFree(text);
+    return result;
+}
+
+int jsonParseFile(const char* path, json_cb cb, void* arg, char* errbuf, size_t errlen) {
+    const fio_fd fd = fio_open(path, FIO_READ | FIO_EXISTING);
+    if (fd == -1) {
+        kestrum_util_snprintf(errbuf, errlen, "Could not open %s", path);
+        return -1;
+    }
+    const int result = parse_open_file(fd, fio_fdsize(fd), path, cb, arg, errbuf, errlen);
+    fio_close(fd);
+    return result;
+}
+
+static unsigned line_of(const json* js, const char* pos) {
+    unsigned line = 1;
+    for (const char* p = js->start; p < pos && p < js->end; p++)
+        line += *p == '\n';
+    return line;
+}
+
+// Appends the line and what the rest of the line holds from the extract's start. A closing quote
+// is kept room for; when there is none, nothing more is appended.
+static void append_place(const json* js) {
+    char* out = js->errbuf + strlen(js->errbuf);
+    size_t room = js->errlen - static_cast<size_t>(out - js->errbuf);
+    kestrum_util_snprintf(out, room, ", line %u, \"", line_of(js, js->pos));
+    const size_t added = strlen(out);
+    out += added;
+    room -= added;
+    for (const char* p = js->extract; room > 2 && *p != '\0' && *p != '\n'; room--)
+        *out++ = *p++;
+    if (room >= 2)
+        memcpy(out, "\"", 2);
+}
+
+void jsonAbort(const char* fmt, ...) {
+    json* const js = static_cast<json*>(stackedLocalGet(jsonkey));
+    if (js == nullptr)
+        return;
+    if (js->errbuf != nullptr && js->errlen > 0) {
+        js->errbuf[0] = '\0';
+        va_list args;
+        va_start(args, fmt);
+        kestrum_util_vsnprintf(js->errbuf, js->errlen, fmt, args);
+        va_end(args);
+        if (js->extract != nullptr)
+            append_place(js);
+    }
+    longjmp(js->jmp, 1);
+}

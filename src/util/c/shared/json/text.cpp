@@ -1,0 +1,195 @@
+// Comments, and the strings that are long, have escapes, stand between single quotes, or come near
+// the end of the text.
+//
+// A comment may start wherever white space may stand, also directly after another, and a block
+// comment closes at the first "*/". One that nothing closes ends the document.
+
+#include "util/c/shared/json/text.h"
+
+#include "util/export/utf8.h"
+
+#include <stdio.h>
+#include <wchar.h>
+#include <algorithm>
+
+// The end of the comment whose slash is at p; p itself when none starts there.
+static const char* skip_comment(const char* p) {
+    if (p[1] == '/') {
+        while (*p != '\n' && !is_end(*p))
+            p++;
+    } else if (p[1] == '*') {
+        for (p += 2; !is_end(*p); p++)
+            if (p[0] == '*' && p[1] == '/')
+                return p + 2;
+    }
+    return p;
+}
+
+const char* skip_comments(json* js, const char* p) {
+    while (*p == '/') {
+        const char* const after = skip_comment(p);
+        if (after == p)
+            break;
+        p = skip_blanks(js, after);
+    }
+    return p;
+}
+
+struct EscapeTable {
+    char character[256];  // 0 for what is no escape of one letter
+};
+
+constexpr EscapeTable make_escape_table() {
+    EscapeTable table = {};
+    table.character['b'] = '\b';
+    table.character['f'] = '\f';
+    table.character['n'] = '\n';
+    table.character['r'] = '\r';
+    table.character['t'] = '\t';
+    return table;
+}
+
+constexpr EscapeTable ESCAPES = make_escape_table();
+
+struct HexTable {
+    signed char value[256];  // -1 for what is no digit
+};
+
+constexpr HexTable make_hex_table() {
+    HexTable table = {};
+    std::fill_n(table.value, 256, static_cast<signed char>(-1));
+    for (signed char value = 0; value < 16; value++) {
+        table.value[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
+        table.value[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
+    }
+    return table;
+}
+
+constexpr HexTable HEX = make_hex_table();
+
+// The value of `count` plain digits, or -1.
+static inline int plain_hex(const char* p, int count) {
+    int value = 0;
+    for (int i = 0; i < count; i++) {
+        const int digit = HEX.value[byte_of(p[i])];
+        if (digit < 0)
+            return -1;
+        value = value << 4 | digit;
+    }
+    return value;
+}
+
+// The value of any `count` characters as the platform reads them; moves the cursor past them.
+static wchar_t scanned_hex(json* js, const char* token, const char** cursor, int count) {
+    wchar_t text[5] = {};
+    for (int i = 0; i < count; i++) {
+        text[i] = next_utf2wchar(cursor);
+        if (text[i] == 0)
+            fail(js, token, *cursor, "Unexpected end of input");
+    }
+    unsigned value;
+    if (swscanf(text, L"%x", &value) != 1)
+        fail(js, token, *cursor, "Bad format number");
+    return static_cast<wchar_t>(value);
+}
+
+// The end of the escape whose backslash is at p; its character goes to the token buffer.
+static const char* scan_escape(json* js, const char* token, const char* p) {
+    const char name = p[1];
+    p += 2;
+    if (name == 'u' || name == 'x') {
+        const int count = name == 'u' ? 4 : 2;
+        wchar_t c = plain_hex(p, count);
+        if (c >= 0)
+            p += count;
+        else
+            c = scanned_hex(js, token, &p, count);
+        char bytes[3];
+        const unsigned length = wchar2utf8(bytes, c);
+        append(js, bytes, length, token, p);
+    } else {
+        const char character = ESCAPES.character[byte_of(name)];
+        if (character == '\0')
+            fail(js, token, p, "Bad escape sequence");
+        append(js, &character, 1, token, p);
+    }
+    return p;
+}
+
+// Copies what stopped a scan at p, other than the closing quote.
+static const char* scan_special(json* js, const char* token, const char* p) {
+    if (*p == '\\')
+        return scan_escape(js, token, p);
+    if (is_end(*p) || *p == '\n' || *p == '\r')
+        fail(js, token, p + 1, "Unterminated string");
+    append(js, p, 1, token, p);
+    return p + 1;
+}
+
+// Copies characters and the usual escapes as long as neither the text nor the token buffer comes
+// near its end. Returns where that, or something else, stopped it.
+static const char* copy_swiftly(json* js, const char* p) {
+    constexpr ptrdiff_t BLOCK = 32;
+    constexpr ptrdiff_t MARGIN = BLOCK + 4;  // a block, an escape, and the byte that stays free
+    char* out = js->buffer + js->used;
+    char* const last_out = js->buffer + js->size - MARGIN;
+    const char* const last = js->end - MARGIN;
+    while (p <= last && out <= last_out) {
+        const u8 stops = bits_at(&js->index, js->index.string_stops, p, js->end);
+        memcpy(out, p, BLOCK);
+        const int length = std::countr_zero(stops);
+        if (length >= BLOCK) {
+            p += BLOCK;
+            out += BLOCK;
+            continue;
+        }
+        const char* const stop = p + length;
+        p = stop;
+        out += length;
+        if (*stop != '\\')
+            break;
+        if (const char character = ESCAPES.character[byte_of(stop[1])]; character != '\0') {
+            *out++ = character;
+            p = stop + 2;
+            continue;
+        }
+        const int value = stop[1] == 'u' ? plain_hex(stop + 2, 4) : -1;
+        if (value < 0)
+            break;
+        out += wchar2utf8(out, value);
+        p = stop + 6;
+    }
+    js->used = static_cast<size_t>(out - js->buffer);
+    return p;
+}
+
+// How many bytes from p on need no look.
+static size_t plain_bytes(json* js, const char* p, char quote) {
+    if (quote == '"') {
+        const u8 stops = bits_at(&js->index, js->index.string_stops, p, js->end);
+        return static_cast<size_t>(std::min(std::countr_zero(stops), BITS_AT_ONCE));
+    }
+    const char* stop = p;
+    while (*stop != quote && *stop != '\\' && byte_of(*stop) >= ' ' && !is_end(*stop))
+        stop++;
+    return static_cast<size_t>(stop - p);
+}
+
+const char* scan_any_string(json* js, const char* token) {
+    const char quote = *token;
+    const char* p = token + 1;
+    js->used = 0;
+    while (true) {
+        if (quote == '"')
+            p = copy_swiftly(js, p);
+        const size_t plain = plain_bytes(js, p, quote);
+        append(js, p, plain, token, p);
+        p += plain;
+        if (*p == quote)
+            break;
+        if (plain == 0)
+            p = scan_special(js, token, p);
+    }
+    terminate(js, token, p);
+    return p + 1;
+}

@@ -1,0 +1,49 @@
+// White space and quoted strings, the usual ones in place.
+#ifndef UTIL_C_SHARED_JSON_TEXT_H
+#define UTIL_C_SHARED_JSON_TEXT_H
+
+#include "util/c/shared/json/json_internal.h"
+
+// The first character at or after p, which is a slash, that is neither blank nor in a comment.
+const char* skip_comments(json* js, const char* p);
+
+// The first character at or after p that is no blank.
+static inline const char* skip_blanks(json* js, const char* p) {
+    u8 found;
+    while ((found = bits_at(&js->index, js->index.significant, p, js->end)) == 0)
+        p += BITS_AT_ONCE;
+    return p + std::countr_zero(found);
+}
+
+// The first significant character at or after p, or the end. Most gaps are of one blank, or none:
+// the result is then p plus a constant, for which nothing has to wait.
+static inline const char* next_clean(json* js, const char* p) {
+    const char* clean = !is_blank(p[0]) ? p : !is_blank(p[1]) ? p + 1 : skip_blanks(js, p + 2);
+    return *clean == '/' ? skip_comments(js, clean) : clean;
+}
+
+static inline bool begins_string(char c) {
+    return c == '"' || c == '\'';
+}
+
+// The end of the string whose opening quote is at `token`, for strings of all kinds.
+const char* scan_any_string(json* js, const char* token);
+
+// The end of the string whose opening quote is at `token`; its characters go to the token buffer.
+static inline const char* scan_string(json* js, const char* token) {
+    constexpr ptrdiff_t USUAL_BYTES = 64;  // copied whatever the length: no branch depends on it
+    const char* const text = token + 1;
+    const u8 stops = bits_at(&js->index, js->index.string_stops, text, js->end);
+    const size_t length = static_cast<size_t>(std::countr_zero(stops));
+    if (stops == 0 || text[length] != '"' || *token != '"') [[unlikely]]
+        return scan_any_string(js, token);
+    if (js->end - text >= USUAL_BYTES) [[likely]]
+        memcpy(js->buffer, text, USUAL_BYTES);
+    else
+        memcpy(js->buffer, text, length);
+    js->buffer[length] = '\0';
+    js->used = length;
+    return text + length + 1;
+}
+
+#endif
