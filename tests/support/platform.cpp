@@ -7,6 +7,7 @@
 #include "osal/export/osal_timing.h"
 
 #include <dlfcn.h>
+#include <algorithm>
 #include <cstring>
 
 thread_local Platform platform;
@@ -18,16 +19,26 @@ static Function* real(Function*, const char* name) {
 }
 #define REAL(name) real(&name, #name)
 
+// Notes the wish for memory; true when it is not to be had.
+static bool allocation_fails(size_t size) {
+    platform.allocations.push_back(size);
+    return platform.failing_allocation > 0 && --platform.failing_allocation == 0;
+}
+
 void* gsMalloc(size_t size) {
-    if (platform.failing_allocation > 0 && --platform.failing_allocation == 0)
-        return nullptr;
-    void* block = REAL(gsMalloc)(size);
+    void* block = allocation_fails(size) ? nullptr : REAL(gsMalloc)(size);
     platform.live_blocks += block != nullptr;
     return block;
 }
 
+void* gsRealloc(void* ptr, size_t size) {
+    void* block = allocation_fails(size) ? nullptr : REAL(gsRealloc)(ptr, size);
+    platform.live_blocks += ptr == nullptr && block != nullptr;
+    return block;
+}
+
 void gsFree(void* ptr) {
-    platform.live_blocks--;
+    platform.live_blocks -= ptr != nullptr;
     REAL(gsFree)(ptr);
 }
 
@@ -56,6 +67,27 @@ int threadGetCurrentID() {
 
 bool fio_canonicalize_path(const char* path, char* out, size_t outlen) {
     return !platform.canonicalize_fails && REAL(fio_canonicalize_path)(path, out, outlen);
+}
+
+fio_fd fio_open(const char* path, int flags) {
+    const fio_fd fd = REAL(fio_open)(path, flags);
+    platform.open_flags = flags;
+    platform.open_files += fd != -1;
+    return fd;
+}
+
+int fio_close(fio_fd fd) {
+    platform.open_files--;
+    return REAL(fio_close)(fd);
+}
+
+filesize fio_fdsize(fio_fd fd) {
+    return platform.file_size ? *platform.file_size : REAL(fio_fdsize)(fd);
+}
+
+int fio_read_fully(fio_fd fd, void* buf, int len) {
+    return REAL(fio_read_fully)(fd, buf,
+                                platform.readable ? std::min(*platform.readable, len) : len);
 }
 
 void assertReport(const char* expression, const char* file, int line, const char* function,

@@ -9,12 +9,17 @@
 #include <vector>
 
 struct Platform {
-    size_t failing_allocation = 0;         // the n-th gsMalloc from now on, counted from 1
-    long live_blocks = 0;                  // gsMalloc less gsFree
+    size_t failing_allocation = 0;         // the n-th from now on fails, counted from 1
+    long live_blocks = 0;                  // gsMalloc and gsRealloc less gsFree
+    std::vector<size_t> allocations = {};  // the sizes asked for
     std::optional<std::string> time_text;  // the empty text makes formatting fail
     std::optional<long> millis, nanos;
     std::optional<int> process_id, thread_id;
     bool canonicalize_fails = false;
+    int open_flags = 0;                     // of the last fio_open
+    int open_files = 0;                     // fio_open less fio_close
+    std::optional<long> file_size;          // what fio_fdsize says
+    std::optional<int> readable;            // fio_read_fully stops after as many bytes
     std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 
