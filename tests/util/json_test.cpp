@@ -123,6 +123,8 @@ const DocumentCase DOCUMENT_CASES[] = {
     // the input as a whole
     {"[1 \xC0\x80 2]", "[ i:1 ! Missing value, line 1, \"\xC0\x80 2]\""},
     {"['a\xC0\x80']", "[ ! Unterminated string, line 1, \"'a\xC0\x80']\""},
+    {"[1 // c \xC0\x80\n 2]", "[ i:1 ! Missing value, line 1, \"\xC0\x80\""},
+    {"[1 /* \xC0\x80*/ 2]", "[ i:1 ! Missing value, line 1, \"\xC0\x80*/ 2]\""},
     {"[1] \xC0\x81", "! Illegal UTF8 text stream"},
     {"\xF0\x9F\x98\x80", "! Illegal UTF8 text stream"},
 };
