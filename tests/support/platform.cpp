@@ -21,7 +21,8 @@ static Function* real(Function*, const char* name) {
 
 // Notes the wish for memory; true when it is not to be had.
 static bool allocation_fails(size_t size) {
-    platform.allocations.push_back(size);
+    if (platform.keeps_sizes)  // which itself needs memory
+        platform.allocations.push_back(size);
     return platform.failing_allocation > 0 && --platform.failing_allocation == 0;
 }
 

@@ -9,17 +9,18 @@
 #include <vector>
 
 struct Platform {
-    size_t failing_allocation = 0;         // the n-th from now on fails, counted from 1
-    long live_blocks = 0;                  // gsMalloc and gsRealloc less gsFree
-    std::vector<size_t> allocations = {};  // the sizes asked for
-    std::optional<std::string> time_text;  // the empty text makes formatting fail
-    std::optional<long> millis, nanos;
-    std::optional<int> process_id, thread_id;
+    size_t failing_allocation = 0;  // the n-th from now on fails, counted from 1
+    long live_blocks = 0;           // gsMalloc and gsRealloc less gsFree
+    bool keeps_sizes = false;
+    std::vector<size_t> allocations = {};       // the sizes asked for, when kept
+    std::optional<std::string> time_text = {};  // the empty text makes formatting fail
+    std::optional<long> millis = {}, nanos = {};
+    std::optional<int> process_id = {}, thread_id = {};
     bool canonicalize_fails = false;
     int open_flags = 0;                     // of the last fio_open
     int open_files = 0;                     // fio_open less fio_close
-    std::optional<long> file_size;          // what fio_fdsize says
-    std::optional<int> readable;            // fio_read_fully stops after as many bytes
+    std::optional<long> file_size = {};     // what fio_fdsize says
+    std::optional<int> readable = {};       // fio_read_fully stops after as many bytes
     std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 

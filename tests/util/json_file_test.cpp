@@ -17,6 +17,7 @@ class JsonPlatform : public ::testing::Test {
   protected:
     void SetUp() override {
         platform = Platform{};
+        platform.keeps_sizes = true;
     }
     void TearDown() override {
         EXPECT_EQ(platform.live_blocks, 0);

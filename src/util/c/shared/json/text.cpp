@@ -41,11 +41,8 @@ struct EscapeTable {
 
 constexpr EscapeTable make_escape_table() {
     EscapeTable table = {};
-    table.character['b'] = '\b';
-    table.character['f'] = '\f';
-    table.character['n'] = '\n';
-    table.character['r'] = '\r';
-    table.character['t'] = '\t';
+    for (int i = 0; i < 5; i++)
+        table.character[static_cast<unsigned char>("bfnrt"[i])] = "\b\f\n\r\t"[i];
     return table;
 }
 

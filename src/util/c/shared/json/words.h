@@ -84,7 +84,7 @@ static inline const char* send_usual_number(json* js, const char* token) {
     if (end == nullptr)
         return nullptr;
     const ptrdiff_t count = end - token - negative;
-    const bool is_short = count - 1U < 8U && end - js->start >= 8;
+    const bool is_short = count >= 1 && count <= 8 && end - js->start >= 8;
     const u8 bytes = is_short ? last_bytes(end, static_cast<int>(count)) : 0;
     const bool may_be_octal = token[negative] == '0' && count > 1;
     if (!are_digits(bytes) || may_be_octal) {
