@@ -2,6 +2,7 @@
 // the library and lets several threads work in all components at once.
 
 #include "component.h"
+#include "config.h"
 #include "util/export/logging.h"
 
 #include <dlfcn.h>
@@ -27,6 +28,7 @@ constexpr const char* USAGE =
     "  --log-file STR     log files, such as 'gc=gc.log,jit=>gc,heap=stdout'\n"
     "  --decorations STR  decorations of each line, such as level,module,occupancy; empty for\n"
     "                     module, timestamp and pid\n"
+    "  --config FILE      levels and log files from a file, such as { gc: { level: debug } }\n"
     "  --threads N        workers, 1 to 64; 2 by default\n"
     "  --forever          works until killed, telling each finished \"worker round\" on stdout\n"
     "STR may also follow an equals sign: --log=gc";
@@ -47,6 +49,10 @@ int parse_decorations(const char* args, char* errbuf, size_t errlen, int (*)(con
     return -1;
 }
 
+int parse_config(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
+    return apply_config(args, errbuf, errlen);
+}
+
 int parse_threads(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
     const std::string_view text = args;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
@@ -64,7 +70,7 @@ struct Option {
 constexpr Option OPTIONS[] = {
     {"--log", logParseMsgLevelsEx},     {"--sanity", logParseSanityLevelsEx},
     {"--log-file", logParseLogFilesEx}, {"--decorations", parse_decorations},
-    {"--threads", parse_threads},
+    {"--config", parse_config},         {"--threads", parse_threads},
 };
 
 int reject(std::string_view option, const char* message) {

@@ -46,6 +46,7 @@ const RunCase RUN_CASES[] = {
     {"--log quiet,util,verbosegc", "8 INFO gc 1 WARN util"},
     {"--log quiet,heap --sanity heap", "2 ERROR heap 8 INFO heap 4 WARN heap"},
     {"--log quiet,gc,jit --log-file gc=stdout", "8 INFO jit", "8 INFO gc"},
+    {"--config vm.json", "", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file vm.log,jit=stderr", "8 INFO jit", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file gc=vm.log,jit=./vm.log", "", "", "8 INFO gc 8 INFO jit"},
     {"--log quiet,gc,jit --log-file 'gc=vm.log,jit=>collector,gc=stdout'", "", "8 INFO gc",
@@ -53,6 +54,8 @@ const RunCase RUN_CASES[] = {
 };
 
 TEST_F(Host, PrintsTheLinesAskedForWhereTheyBelong) {
+    std::ofstream(folder.file("vm.json")) << "{ heap: { level: quiet }, deopt = { level: 'quiet' "
+                                             "}; gc: { level: info, file: vm.log } }";
     for (const RunCase& c : RUN_CASES) {
         SCOPED_TRACE(c.args);
         EXPECT_EQ(shell(": >vm.log; ./host " + c.args + " >out 2>err; echo $?"), "0\n");
@@ -68,10 +71,15 @@ const std::pair<string, string> REJECTED[] = {
     {"--log codegen", "--log: Logging module codegen is deprecated. Please use jit=DEBUG instead."},
     {"--sanity=heap=info", "--sanity: Illegal sanity level 'info'."},
     {"--log-file gc=none/vm.log", "--log-file: Could not open stream 'none/vm.log'"},
+    {"--config none.json", "--config: Could not open none.json"},
+    {"--config broken.json", "--config: Unexpected char, line 2, \"debug }\""},
+    {"--config wrong.json", "--config: Illegal message level 'loud'., line 2, \"loud } }\""},
     {"--decorations level,bogus", "--decorations: No such decoration in \"level,bogus\""},
 };
 
 TEST_F(Host, RejectsAnOptionWithOneLineAndDoesNoWork) {
+    std::ofstream(folder.file("broken.json")) << "{ gc: {\n level debug }\n}";
+    std::ofstream(folder.file("wrong.json")) << "{ gc: { file: gc.log,\n level: loud } }";
     for (const auto& [args, complaint] : REJECTED)
         EXPECT_EQ(shell("./host " + args + " 2>&1; echo $?"), "host: " + complaint + "\n2\n");
 }
