@@ -58,7 +58,7 @@ TEST_F(JsonPlatform, ReadsFiles) {
         else if (type == JSON_ARRAY_END)
             jsonAbort("enough %d", 1);
     };
-    const string large(3 << 20, 'x');
+    const string large(300'000, 'x');
     write("['" + large + "']");
     char error[AMPLE];
     EXPECT_EQ(jsonParseFile(path_.c_str(), append, &bytes, error, sizeof error), -1);

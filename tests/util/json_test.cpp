@@ -12,6 +12,12 @@
 #include <random>
 #include <thread>
 
+#ifdef __SANITIZE_THREAD__
+constexpr int SLOWNESS = 10;  // of the thread sanitizer, which is meant for other tests than these
+#else
+constexpr int SLOWNESS = 1;
+#endif
+
 using std::string;
 
 constexpr size_t AMPLE = 400;  // bytes for an error text
@@ -372,7 +378,7 @@ TEST(Json, AgreesWithThePlainReaderOnGeneratedDocuments) {
 // middles between two of them as far as 19 digits go.
 TEST(Json, ReadsDecimalsAsThePlatformDoes) {
     std::mt19937_64 random(20260401);
-    for (int round = 0; round < 500; round++) {
+    for (int round = 0; round < 500 / SLOWNESS; round++) {
         string document = "[";
         for (int i = 0; i < 100; i++) {
             const double number = std::bit_cast<double>(random());
@@ -437,7 +443,7 @@ static string repeated(size_t times, const string& text) {
 }
 
 TEST(Json, NestsDeeplyOnASmallStack) {
-    constexpr size_t SURE = 100000, EXTREME = 10000000;
+    constexpr size_t SURE = 100000, EXTREME = 10000000 / SLOWNESS;
     DeepParse arrays = {repeated(SURE, "[") + repeated(SURE, "]")};
     run_on_small_stack(parse_deep, &arrays);
     EXPECT_EQ(arrays.result, 0) << arrays.error;
@@ -448,13 +454,11 @@ TEST(Json, NestsDeeplyOnASmallStack) {
     EXPECT_EQ(mixed.result, 0) << mixed.error;
     EXPECT_EQ(mixed.events, 2 * SURE + SURE / 2 + 1);
 
-    for (DeepParse open : {DeepParse{repeated(EXTREME, "[")}, DeepParse{repeated(EXTREME, "{a:")},
-                           DeepParse{repeated(EXTREME / 2, "[{a=")}}) {
-        run_on_small_stack(parse_deep, &open);
-        EXPECT_EQ(open.result, -1);
-        EXPECT_STRNE(open.error, "");
-    }
-    DeepParse closed = {repeated(EXTREME, "[") + repeated(EXTREME, "]")};
+    DeepParse open = {repeated(EXTREME, "{a=")};
+    run_on_small_stack(parse_deep, &open);
+    EXPECT_EQ(open.result, -1);
+    EXPECT_STRNE(open.error, "");
+    DeepParse closed = {string(EXTREME, '[') + string(EXTREME, ']')};
     run_on_small_stack(parse_deep, &closed);
     if (closed.result == 0)
         EXPECT_EQ(closed.events, 2 * EXTREME);

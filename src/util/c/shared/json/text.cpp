@@ -49,13 +49,13 @@ constexpr EscapeTable make_escape_table() {
 constexpr EscapeTable ESCAPES = make_escape_table();
 
 struct HexTable {
-    signed char value[256];  // -1 for what is no digit
+    short value[256];  // -1 for what is no digit
 };
 
 constexpr HexTable make_hex_table() {
     HexTable table = {};
-    std::fill_n(table.value, 256, static_cast<signed char>(-1));
-    for (signed char value = 0; value < 16; value++) {
+    std::fill_n(table.value, 256, static_cast<short>(-1));
+    for (short value = 0; value < 16; value++) {
         table.value[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
         table.value[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
     }
