@@ -371,7 +371,7 @@ static void compare_generated(unsigned seed, int documents) {
 }
 
 TEST(Json, AgreesWithThePlainReaderOnGeneratedDocuments) {
-    compare_generated(20260401, 40000);
+    compare_generated(20260401, 20000 / SLOWNESS);
 }
 
 // Decimals of random doubles, some cut short and some with more digits than it takes, and of the
