@@ -315,24 +315,29 @@ TEST(Json, NestsParses) {
     }
 }
 
+const char* const TOKENS[] = {"'abc'",
+                              "\"abc\"",
+                              "\"\"",
+                              "word",
+                              "12345678901234567",
+                              "-1.5e-7",
+                              "0x1F",
+                              "1.25",
+                              "FALSE",
+                              "[]",
+                              "'\\n'",
+                              "\"\\u00e9\"",
+                              "\"\\n\\x41\"",
+                              "\"\xE6\x97\xA5\t\"",
+                              "\xC3\xA9t\xC3\xA9",
+                              "/* c **/",
+                              "// c\n",
+                              "'open\n",
+                              "\"open\n",
+                              "\"cr\r\"",
+                              "\"\\q\""};
+
 TEST(Json, ReadsTokensAcrossEveryBlockBoundary) {
-    const char* const TOKENS[] = {"'abc'",
-                                  "\"\"",
-                                  "word",
-                                  "12345678901234567",
-                                  "-1.5e-7",
-                                  "0x1F",
-                                  "FALSE",
-                                  "'\\u00e9'",
-                                  "'\\n'",
-                                  "'\xE6\x97\xA5'",
-                                  "\xC3\xA9t\xC3\xA9",
-                                  "/* c **/",
-                                  "// c\n",
-                                  "'open\n",
-                                  "'cr\r'",
-                                  "[]",
-                                  "'\\q'"};
     for (const char* token : TOKENS)
         for (size_t before = 0; before < 70; before++) {
             const string spaces(before, ' '), letters(before, 'x');
@@ -342,7 +347,20 @@ TEST(Json, ReadsTokensAcrossEveryBlockBoundary) {
                 expect_same("['" + letters + "'" + token + after);
                 expect_same("[/*" + letters + "*/" + token + after);
                 expect_same("[" + spaces + "'" + letters + token + after);
+                expect_same("[" + spaces + "\"" + letters + token + after);
             }
+        }
+}
+
+// The reader looks ahead a few thousand bytes at a time.
+TEST(Json, ReadsTokensFarIntoTheText) {
+    for (const char* token : TOKENS)
+        for (size_t before = 3960; before < 4110; before++) {
+            const string spaces(before, ' '), letters(before, 'x');
+            expect_same("[" + spaces + token + ",1]");
+            expect_same("['" + letters + "'" + token + ",1]");
+            expect_same("[\"" + letters + token + ",1\"]");
+            expect_same("{" + letters + ":" + token + "\n;");
         }
 }
 
