@@ -368,6 +368,7 @@ TEST(Json, ReadsTokensOfEveryLength) {
     for (size_t length = 0; length < 1100; length++) {
         const string letters(length, 'x'), digits(length, '1');
         expect_same("{" + letters + ": '" + letters + "', b: \"" + letters + "\xC3\xA9\"}");
+        expect_same("[[\"" + letters + "\\u20AC\", \"" + letters + "y\\u20AC\\n\\u20ACx\"]}");
         expect_same("['" + letters + "\\u00e9\\x41y' " + letters + "\xE6\x97\xA5" + "y;");
         expect_same("[" + digits + " " + digits + ".5 " + digits + "e " + letters + "\n;");
         expect_same("['" + letters + "\n");
