@@ -4,6 +4,7 @@
 
 #include "util/c/shared/json/json_internal.h"
 
+#include <immintrin.h>
 #include <algorithm>
 
 // The end of the word at `token`, whose bytes go to the token buffer.
@@ -33,13 +34,11 @@ static inline const char* near_word_end(json* js, const char* p) {
 
 constexpr u8 EIGHT_ZEROS = 0x3030303030303030;  // "00000000"
 
-// The eight bytes before `end`, of which only the last `count` (up to 8, or none when negative)
-// are taken; digits '0' stand for the others.
+// The `count` (1 to 8) bytes before `end`, of which eight are readable, with '0' for the others.
 static inline u8 last_bytes(const char* end, int count) {
     u8 bytes;
     memcpy(&bytes, end - 8, sizeof bytes);
-    const int dropped = 8 * (8 - count);
-    const u8 mask = dropped >= 64 ? 0 : ~static_cast<u8>(0) << dropped;
+    const u8 mask = ~static_cast<u8>(0) << 8 * (8 - count);
     return (bytes & mask) | (EIGHT_ZEROS & ~mask);
 }
 
@@ -57,7 +56,7 @@ static inline u8 value_of_digits(u8 bytes) {
 // Delivers the decimal at `token`, given its up to eight bytes as last_bytes() does, when it is
 // digits with a point among them.
 static inline bool send_short_decimal(json* js, const char* token, const char* end, u8 bytes) {
-    constexpr double POWERS_OF_10[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
+    static constexpr double POWERS_OF_10[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
     constexpr u8 ONES = 0x0101010101010101, POINTS = ONES * '.';
     const u8 others = bytes ^ POINTS;
     const u8 points = (others - ONES) & ~others & ONES << 7;
@@ -76,6 +75,35 @@ static inline bool send_short_decimal(json* js, const char* token, const char* e
     return true;
 }
 
+constexpr int SHORT_DIGITS = 16;
+
+// Which of sixteen bytes are among the last n: all of them, from TAKEN + n on.
+alignas(16) inline constexpr signed char TAKEN[2 * SHORT_DIGITS] = {
+    0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+    -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+
+// Reads the `count` (1 to 16) characters before `end`, with 16 of them readable, when they are
+// digits. Neighbours are joined: digits to pairs, pairs to fours, fours to eight, eight to all.
+static inline bool read_short_integer(const char* end, int count, u8* value) {
+    const auto load = [](const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); };
+    const __m128i characters = load(end - SHORT_DIGITS);
+    const __m128i digits =
+        _mm_and_si128(_mm_sub_epi8(characters, _mm_set1_epi8('0')), load(TAKEN + count));
+    if (_mm_movemask_epi8(
+            _mm_cmpgt_epi8(_mm_min_epu8(digits, _mm_set1_epi8(10)), _mm_set1_epi8(9))) != 0)
+        return false;
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i tens = _mm_set1_epi32(1 << 16 | 10);
+    const __m128i pairs = _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(digits, zero), tens),
+                                          _mm_madd_epi16(_mm_unpackhi_epi8(digits, zero), tens));
+    const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i eights =
+        _mm_madd_epi16(_mm_packs_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10000));
+    const u8 halves = static_cast<u8>(_mm_cvtsi128_si64(eights));
+    *value = (halves & 0xFFFFFFFF) * 100'000'000 + (halves >> 32);
+    return true;
+}
+
 // Delivers the number at `token` when it is an ordinary one near by and returns its end, else null.
 // Short numbers take the same time whatever their length: branches on it would be mispredicted.
 static inline const char* send_usual_number(json* js, const char* token) {
@@ -83,18 +111,18 @@ static inline const char* send_usual_number(json* js, const char* token) {
     const char* const end = near_word_end(js, token);
     if (end == nullptr)
         return nullptr;
-    const ptrdiff_t count = end - token - negative;
-    const bool is_short = count >= 1 && count <= 8 && end - js->start >= 8;
-    const u8 bytes = is_short ? last_bytes(end, static_cast<int>(count)) : 0;
-    const bool may_be_octal = token[negative] == '0' && count > 1;
-    if (!are_digits(bytes) || may_be_octal) {
-        if (send_short_decimal(js, token, end, bytes) || send_ordinary_number(js, token, end))
+    const int count = static_cast<int>(end - token) - negative;
+    const bool is_short = count >= 1 && count <= SHORT_DIGITS && end - js->start >= SHORT_DIGITS;
+    u8 magnitude;
+    if (!is_short || !read_short_integer(end, count, &magnitude)) {
+        if (is_short && count <= 8 && send_short_decimal(js, token, end, last_bytes(end, count)))
             return end;
-        return nullptr;
+        return send_ordinary_number(js, token, end) ? end : nullptr;
     }
-    const s8 magnitude = static_cast<s8>(value_of_digits(bytes));
+    if (token[negative] == '0' && count > 1)
+        return nullptr;  // octal
     JSONVal value;
-    value.int_value = negative ? -magnitude : magnitude;
+    value.int_value = static_cast<s8>(negative ? -magnitude : magnitude);
     deliver(js, token, end, JSON_INTEGER, &value);
     return end;
 }
