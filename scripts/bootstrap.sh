@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(g++ cmake ninja-build libgtest-dev git
     clang clang-format clang-tidy libclang-rt-dev shellcheck python3)
 bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
-    libsimdjson-dev libglib2.0-dev pkg-config rapidjson-dev libyajl-dev nlohmann-json3-dev)
+    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev pkg-config
+    rapidjson-dev libyajl-dev nlohmann-json3-dev)
 
 case "${1-}" in
     "") ;;

@@ -1,0 +1,15 @@
+// Numbers and durations: every parser must read what sscanf() would.
+
+#include "support/plain_strparse.h"
+
+#include <cstdint>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    if (const char* parser = differing_parser(text.c_str())) {
+        std::fprintf(stderr, "strToSuffix%s differs\n", parser);
+        __builtin_trap();
+    }
+    return 0;
+}

@@ -1,0 +1,480 @@
+// Suffixed numbers, durations and booleans.
+//
+// What a number is, the platform's formatted scanner decides: signs and white space that its
+// conversions accept by themselves, "0x" within hexadecimal digits, numbers beyond 64 bits,
+// infinities, the locale's decimal point. Plain digits, which is what people type, are read here
+// instead; everything else goes to sscanf(), so that no rule of the scanner is told twice. A
+// reader here either gives what the scanner would give or declines.
+
+#include "util/export/strparse.h"
+
+#include "util/export/posix/stringutil_pd.h"
+
+#include <ctype.h>
+#include <langinfo.h>
+#include <stdio.h>
+#include <string.h>
+#include <bit>
+
+// Always false, so that a parser returns it.
+static bool fail(const char** error_msg, const char* message) {
+    if (error_msg != nullptr)
+        *error_msg = message;
+    return false;
+}
+
+// Printable ASCII is no space in any locale, which saves asking for almost every character.
+static inline bool is_space(char c) {
+    const bool printable = c >= '!' && c <= '~';
+    return !printable && c != '\0' && isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+static inline const char* skip_space(const char* p) {
+    while (is_space(*p))
+        p++;
+    return p;
+}
+
+// Letters that only a hexadecimal number has.
+static bool is_hex_char(char c) {
+    const int lower = tolower(static_cast<unsigned char>(c));
+    return (lower >= 'a' && lower <= 'f') || lower == 'x';
+}
+
+struct Multipliers {
+    unsigned char shift[256];
+};
+
+constexpr unsigned char NO_MULTIPLIER = 64;
+
+// Multipliers are powers of two. NUL, where no multiplier was written, counts as that of 1.
+constexpr Multipliers MULTIPLIERS = [] {
+    Multipliers m = {};
+    for (unsigned c = 1; c < 256; c++) {
+        const unsigned lower = c | 0x20;
+        m.shift[c] = lower == 'k' ? 10 : lower == 'm' ? 20 : lower == 'g' ? 30 : NO_MULTIPLIER;
+    }
+    return m;
+}();
+
+static inline unsigned shift_of(char suffix) {
+    return MULTIPLIERS.shift[static_cast<unsigned char>(suffix)];
+}
+
+bool strSuffixToMultiplier(int suffix, u8* multiplier) {
+    if (suffix <= 0 || suffix > 'm' || shift_of(static_cast<char>(suffix)) == NO_MULTIPLIER)
+        return false;
+    *multiplier = u8{1} << shift_of(static_cast<char>(suffix));
+    return true;
+}
+
+constexpr size_t MAX_DECIMAL_DIGITS = 19;  // more may not fit in 64 bits
+constexpr size_t MAX_HEX_DIGITS = 16;
+
+// Appends the decimal digits at p to the number and returns their end.
+static inline const char* read_decimal(const char* p, u8* number) {
+    u8 n = *number;
+    for (unsigned digit; (digit = static_cast<unsigned char>(*p) - unsigned{'0'}) <= 9; p++)
+        n = 10 * n + digit;
+    *number = n;
+    return p;
+}
+
+struct HexDigits {
+    unsigned char value[256];  // 16 and more for what is no digit
+};
+
+constexpr HexDigits HEX_DIGITS = [] {
+    HexDigits digits = {};
+    for (unsigned c = 0; c < 256; c++) {
+        const unsigned letter = (c | 0x20) - 'a';
+        const unsigned value = c - '0' <= 9 ? c - '0' : letter <= 5 ? letter + 10 : 16;
+        digits.value[c] = static_cast<unsigned char>(value);
+    }
+    return digits;
+}();
+
+static inline const char* read_hex(const char* p, u8* number) {
+    u8 n = 0;
+    for (unsigned digit; (digit = HEX_DIGITS.value[static_cast<unsigned char>(*p)]) < 16; p++)
+        n = n << 4 | digit;
+    *number = n;
+    return p;
+}
+
+static inline bool has_hex_prefix(const char* p) {
+    return p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
+}
+
+// What "%lu%c%c" or "%lx%c%c" reads: how many items, the number, and the characters behind it,
+// which are NUL when they were not read.
+struct Scanned {
+    u8 number = 0;
+    int items = 0;
+    char c1 = '\0', c2 = '\0';
+};
+
+[[gnu::noinline, gnu::cold]] static Scanned scan_by_platform(const char* text, bool hex) {
+    Scanned s;
+    s.items = sscanf(text, hex ? "%lx%c%c" : "%lu%c%c", &s.number, &s.c1, &s.c2);
+    return s;
+}
+
+static inline Scanned scan(const char* text, bool hex) {
+    Scanned s;
+    const char* const end = hex ? read_hex(text, &s.number) : read_decimal(text, &s.number);
+    const auto digits = static_cast<size_t>(end - text);
+    const bool maybe_prefix = hex && digits == 1 && *text == '0' && (*end == 'x' || *end == 'X');
+    if (digits == 0 || digits > (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS) || maybe_prefix)
+        return scan_by_platform(text, hex);
+    s.items = 1;
+    if (*end != '\0') {
+        s.c1 = end[0];
+        s.c2 = end[1];
+        s.items = s.c2 == '\0' ? 2 : 3;
+    }
+    return s;
+}
+
+static bool scan_number(const char* buffer, bool allow_undecorated_hex, bool allow_negative,
+                        u8* number, const char** error_msg) {
+    const char* p = skip_space(buffer);
+    const bool negative = *p == '-';
+    if (negative) {
+        if (!allow_negative)
+            return fail(error_msg, "negative value not allowed");
+        p++;
+    }
+    bool hex = has_hex_prefix(p);
+    if (hex)
+        p += 2;
+
+    Scanned s = scan(p, hex);
+    if (!hex && ((s.items == 0 && is_hex_char(*p)) || (s.items >= 2 && is_hex_char(s.c1)))) {
+        if (!allow_undecorated_hex)
+            return fail(error_msg, "could not parse number");
+        hex = true;
+        s = scan(p, hex);
+    }
+    char suffix = s.c1;
+    if (s.c1 == 'h' || s.c1 == 'H') {
+        if (!hex)
+            s = scan(p, true);
+        suffix = s.c2;
+    }
+    const unsigned shift = shift_of(suffix);
+    if (shift == NO_MULTIPLIER)
+        return fail(error_msg, "illegal suffix");
+    if (s.items <= 0)
+        return fail(error_msg, "could not parse number");
+    *number = (negative ? -s.number : s.number) << shift;
+    return true;
+}
+
+// Reads what most people type, digits with perhaps "0x" before and a multiplier behind them, and
+// declines the rest.
+static inline bool scan_plain(const char* text, u8* number) {
+    u8 n = 0;
+    const bool hex = has_hex_prefix(text);
+    const char* const start = hex ? text + 2 : text;
+    const char* const end = hex ? read_hex(start, &n) : read_decimal(start, &n);
+    const unsigned shift = shift_of(*end);
+    const auto digits = static_cast<size_t>(end - start);
+    *number = n << (shift & 63);
+    return digits - 1 < (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS) && shift != NO_MULTIPLIER;
+}
+
+// Out of line, so that plain numbers need no stack frame.
+template <typename Value>
+[[gnu::noinline]] static bool read_unusual(const char* str, Value* value,
+                                           bool allow_undecorated_hex, bool allow_negative,
+                                           const char** error_msg) {
+    u8 number;
+    if (!scan_number(str, allow_undecorated_hex, allow_negative, &number, error_msg))
+        return false;
+    *value = static_cast<Value>(number);
+    return true;
+}
+
+// Narrowing keeps the low bits.
+template <typename Value>
+static inline bool read_integer(const char* str, Value* value, bool allow_undecorated_hex,
+                                bool allow_negative, const char** error_msg) {
+    u8 number;
+    if (!scan_plain(str, &number))
+        return read_unusual(str, value, allow_undecorated_hex, allow_negative, error_msg);
+    *value = static_cast<Value>(number);
+    return true;
+}
+
+bool strToSuffixInt(const char* str, int* value, const char** error_msg) {
+    return read_integer(str, value, false, true, error_msg);
+}
+
+bool strToSuffixUInt(const char* str, unsigned int* value, const char** error_msg) {
+    return read_integer(str, value, false, false, error_msg);
+}
+
+bool strToSuffixLong(const char* str, s8* value, const char** error_msg) {
+    return read_integer(str, value, false, true, error_msg);
+}
+
+bool strToSuffixULong(const char* str, u8* value, const char** error_msg) {
+    return read_integer(str, value, false, false, error_msg);
+}
+
+bool strToSuffixSize(const char* str, size_t* value, const char** error_msg) {
+    return read_integer(str, value, false, false, error_msg);
+}
+
+bool strToSuffixAddress(const char* str, void** value, const char** error_msg) {
+    return read_integer(str, reinterpret_cast<u8*>(value), true, false, error_msg);
+}
+
+__extension__ typedef unsigned __int128 u16;
+
+// 10^q for moderate q: significand * 2^exponent, where the significand has its highest of 128 bits
+// set. It is exact for q >= 0 and the largest that does not exceed the power for q < 0.
+struct PowerOfTen {
+    u8 high, low;
+    int exponent;
+};
+
+constexpr s8 MAX_POWER = 55;  // 5^55 is the last power of five within 128 bits
+
+struct PowersOfTen {
+    PowerOfTen at[2 * MAX_POWER + 1];  // from -MAX_POWER on
+};
+
+constexpr int HIGH_BITS = 64;
+
+static constexpr PowerOfTen make_power(u16 significand, int exponent) {
+    return {static_cast<u8>(significand >> HIGH_BITS), static_cast<u8>(significand), exponent};
+}
+
+// 2^255 / divisor, rounded down, for a divisor whose highest bit is set and not its only one.
+static constexpr u16 reciprocal(u16 divisor) {
+    u16 quotient = 0, rest = u16{1} << 127;
+    for (int bit = 0; bit < 128; bit++) {
+        const bool carry = rest >> 127 != 0;
+        rest <<= 1;
+        quotient <<= 1;
+        if (carry || rest >= divisor) {
+            rest -= divisor;
+            quotient |= 1;
+        }
+    }
+    return quotient;
+}
+
+constexpr PowersOfTen POWERS_OF_TEN = [] {
+    PowersOfTen powers = {};
+    u16 five = 1;  // to the power q
+    for (int q = 0; q <= MAX_POWER; q++, five *= 5) {
+        const u8 high = static_cast<u8>(five >> HIGH_BITS);
+        const int zeros = high != 0 ? std::countl_zero(high)
+                                    : HIGH_BITS + std::countl_zero(static_cast<u8>(five));
+        const u16 normal = five << zeros;
+        if (q > 0)
+            powers.at[MAX_POWER - q] = make_power(reciprocal(normal), zeros - 255 - q);
+        powers.at[MAX_POWER + q] = make_power(normal, q - zeros);
+    }
+    return powers;
+}();
+
+constexpr int DROPPED_BITS = 11;   // of the product's high half; 53 remain
+constexpr int MANTISSA_BITS = 52;  // as stored
+constexpr int EXPONENT_BIAS = 1023;
+constexpr u16 HALF = u16{1} << (HIGH_BITS + DROPPED_BITS - 1);
+
+// Two additions, because asking the processor for its mode takes longer.
+static inline bool rounds_to_nearest() {
+    static const volatile float tiny = 0x1p-60F;
+    return 1.0F + tiny == 1.0F - tiny;
+}
+
+// The double nearest to digits * 10^power, from a product of 128 bits. Declines when that leaves
+// the direction of rounding open, as it does for ties.
+static inline bool round_product(bool negative, u8 digits, s8 power, double* value) {
+    if (digits == 0 || power < -MAX_POWER || power > MAX_POWER || !rounds_to_nearest())
+        return false;
+    const PowerOfTen& ten = POWERS_OF_TEN.at[power + MAX_POWER];
+    const int zeros = std::countl_zero(digits);
+    const u8 factor = digits << zeros;
+    u16 product = u16{factor} * ten.high + (u16{factor} * ten.low >> HIGH_BITS);
+    int exponent = ten.exponent + HIGH_BITS - zeros;
+    if (product >> 127 == 0) {
+        product <<= 1;
+        exponent--;
+    }
+    // The true product exceeds this one by less than 4.
+    const u16 rest = product & (2 * HALF - 1);
+    if (HALF - rest < 4)
+        return false;
+    const u8 mantissa = static_cast<u8>(product >> (HIGH_BITS + DROPPED_BITS));
+    const int biased = exponent + HIGH_BITS + DROPPED_BITS + MANTISSA_BITS + EXPONENT_BIAS;
+    // The mantissa's highest bit, and a carry out of it, add to the exponent.
+    const u8 bits = (static_cast<u8>(biased - 1) << MANTISSA_BITS) + mantissa + (rest > HALF);
+    *value = std::bit_cast<double>(bits | u8{negative} << 63);
+    return true;
+}
+
+// The powers of ten that a double holds exactly.
+constexpr double EXACT_POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr s8 MAX_EXACT_POWER = 22;
+
+// digits * 10^power with its sign, correctly rounded, or declined. One operation on two exact
+// numbers rounds once, and in the current mode.
+static inline bool make_double(bool negative, u8 digits, s8 power, double* value) {
+    if (digits >> (MANTISSA_BITS + 1) != 0 || power < -MAX_EXACT_POWER || power > MAX_EXACT_POWER)
+        return round_product(negative, digits, power, value);
+    const auto magnitude = static_cast<double>(static_cast<s8>(digits));
+    const double exact = negative ? -magnitude : magnitude;
+    *value = power < 0 ? exact / EXACT_POWERS[-power] : exact * EXACT_POWERS[power];
+    return true;
+}
+
+// The locale's decimal point is the usual one. Not localeconv(), which fills a record that all
+// threads share.
+static inline bool point_is_usual() {
+    const char* point = nl_langinfo(RADIXCHAR);
+    return point[0] == '.' && point[1] == '\0';
+}
+
+// Reads an exponent such as "e-7", if there is one. Null when it is incomplete or of many digits.
+static inline const char* read_exponent(const char* p, s8* power) {
+    constexpr ptrdiff_t MAX_EXPONENT_DIGITS = 4;
+    if ((*p | 0x20) != 'e')
+        return p;
+    const bool negative = *++p == '-';
+    if (negative || *p == '+')
+        p++;
+    u8 n = 0;
+    const char* const end = read_decimal(p, &n);
+    if (end == p || end - p > MAX_EXPONENT_DIGITS)
+        return nullptr;
+    *power += static_cast<s8>(negative ? -n : n);
+    return end;
+}
+
+// Reads a plain number that ends the text or has a multiplier behind it, and stores it times the
+// multiplier. Declines when it is anything else or not easily rounded.
+static inline bool read_double(const char* p, double* value) {
+    const bool negative = *p == '-';
+    if (negative || *p == '+')
+        p++;
+    const char* const start = p;
+    u8 digits = 0;
+    p = read_decimal(p, &digits);
+    auto count = static_cast<size_t>(p - start);
+    s8 power = 0;
+    if (*p == '.') {
+        const char* const fraction = ++p;
+        p = read_decimal(p, &digits);
+        count += static_cast<size_t>(p - fraction);
+        power = fraction - p;
+        if (!point_is_usual())
+            return false;
+    }
+    if (count == 0)
+        return false;
+    for (const char* zero = start; count > MAX_DECIMAL_DIGITS && (*zero == '0' || *zero == '.');
+         zero++)
+        count -= *zero == '0';
+    p = read_exponent(p, &power);
+    if (count > MAX_DECIMAL_DIGITS || p == nullptr || shift_of(*p) == NO_MULTIPLIER)
+        return false;
+    double number;
+    if (!make_double(negative, digits, power, &number))
+        return false;
+    *value = number * static_cast<double>(u8{1} << shift_of(*p));
+    return true;
+}
+
+bool strToSuffixDouble(const char* str, double* value, const char** error_msg) {
+    if (read_double(str, value))
+        return true;
+    char suffix = '\0';
+    if (sscanf(str, "%lf%c", value, &suffix) <= 0)  // NOLINT(cert-err34-c): its rules count
+        return fail(error_msg, "illegal floating point value");
+    if (shift_of(suffix) == NO_MULTIPLIER)
+        return fail(error_msg, "illegal suffix");
+    *value *= static_cast<double>(u8{1} << shift_of(suffix));
+    return true;
+}
+
+constexpr ptrdiff_t MAX_SIGNED_DIGITS = 18;
+
+// A unit of one or two characters as a number to compare with.
+static constexpr unsigned unit(char first, char second = '\0') {
+    return static_cast<unsigned char>(first) | unsigned{static_cast<unsigned char>(second)} << 8;
+}
+
+// The unit's nanoseconds, or 0 when there is no such unit.
+static inline s8 nanoseconds(unsigned name) {
+    switch (name) {
+        case unit('n', 's'): return 1;
+        case unit('u', 's'): return 1'000;
+        case unit('m', 's'): return 1'000'000;
+        case unit('s'): return 1'000'000'000;
+        case unit('m'): return 60'000'000'000;
+        case unit('h'): return 3'600'000'000'000;
+        case unit('d'): return 86'400'000'000'000;
+        default: return 0;
+    }
+}
+
+bool strToSuffixNanoTime(const char* str, nanotime* pvalue, const char** error_msg) {
+    const char* p = skip_space(str);
+    const bool negative = *p == '-';
+    if (negative || *p == '+')
+        p++;
+    u8 number = 0;
+    const char* const end = read_decimal(p, &number);
+    if (end == p)
+        return fail(error_msg, "syntax error");
+    s8 v = static_cast<s8>(negative ? -number : number);
+    if (end - p > MAX_SIGNED_DIGITS)
+        sscanf(str, "%ld", &v);  // NOLINT(cert-err34-c): likewise
+    p = skip_space(end);
+    if (*p == '\0') {
+        if (v != 0)
+            return fail(error_msg, "unit required");
+        *pvalue = 0;
+        return true;
+    }
+    const s8 factor = nanoseconds(unit(p[0], is_space(p[1]) ? '\0' : p[1]));
+    if (factor == 0)
+        return fail(error_msg, "illegal unit");
+    *pvalue = static_cast<nanotime>(static_cast<u8>(v) * static_cast<u8>(factor));
+    return true;
+}
+
+bool strToBool(const char* str, bool* value, const char** error_msg) {
+    if (*str == '\0' || strcmp(str, "1") == 0 || kestrum_util_stricmp(str, "true") == 0 ||
+        kestrum_util_stricmp(str, "on") == 0)
+        *value = true;
+    else if (strcmp(str, "0") == 0 || kestrum_util_stricmp(str, "false") == 0 ||
+             kestrum_util_stricmp(str, "off") == 0)
+        *value = false;
+    else
+        return fail(error_msg, "illegal boolean value");
+    return true;
+}
+
+bool strStartsWith(const char* instr, const char* prefix) {
+    return strncmp(instr, prefix, strlen(prefix)) == 0;
+}
+
+int strSplitAt(char* str, char** sub1, char** sub2, int at) {
+    *sub1 = str;
+    *sub2 = nullptr;
+    char* const found = static_cast<char>(at) != '\0' ? strchr(str, at) : nullptr;
+    if (found != nullptr) {
+        *found = '\0';
+        *sub2 = found + 1;
+    }
+    return 0;
+}
