@@ -1,11 +1,10 @@
 #include "util/export/arguments.h"
 #include "osal/export/osal_msmalloc.h"
+#include "support/plain_arguments.h"
 #include "support/platform.h"
 
 #include <gtest/gtest.h>
 #include <random>
-
-using Items = std::vector<std::pair<std::string, std::string>>;
 
 struct WalkCase {
     const char* text;
@@ -40,29 +39,6 @@ static Items walk(const std::string& text, char delim) {
     }
     argIterNext(&iter);  // stays at the end
     EXPECT_TRUE(argIterDone(&iter) && iter.n_len + iter.v_len == 0);
-    return items;
-}
-
-// The same one rule after the other, with a search of its own for each.
-static Items plain_walk(const std::string& text, char delim) {
-    Items items;
-    const auto next = [&](size_t p, char c) { return std::min(text.find(c, p), text.size()); };
-    for (size_t p = 0; (p = text.find_first_not_of(delim, p)) != std::string::npos;) {
-        const size_t equals = next(p, '=');
-        size_t stop = next(p, delim);
-        if (equals >= stop) {
-            items.emplace_back(text.substr(p, stop - p), "");
-        } else {
-            size_t value = equals + 1;
-            if (const char quote = text.c_str()[value]; quote == '"' || quote == '\'') {
-                stop = next(++value, quote);
-                while (stop < text.size() && text[stop - 1] == '\\')
-                    stop = next(stop + 1, quote);
-            }
-            items.emplace_back(text.substr(p, equals - p), text.substr(value, stop - value));
-        }
-        p = next(stop, delim);
-    }
     return items;
 }
 
