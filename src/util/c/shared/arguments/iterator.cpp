@@ -33,6 +33,11 @@ static inline unsigned matches(const char* p, char c) {
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(c))));
 }
 
+// The number of the lowest bit that is set.
+static inline unsigned lowest(unsigned bits) {
+    return static_cast<unsigned>(__builtin_ctz(bits));
+}
+
 // The first of two characters at or after p, or `end`.
 static inline const char* find_either(const char* p, const char* end, char a, char b) {
     if (end - p < BLOCK_BYTES) {
@@ -42,7 +47,7 @@ static inline const char* find_either(const char* p, const char* end, char a, ch
     }
     while (true) {
         if (unsigned found = matches(p, a) | matches(p, b); found != 0)
-            return p + __builtin_ctz(found);
+            return p + lowest(found);
         if (end - p <= BLOCK_BYTES)
             return end;
         // The last block overlaps the one before, so as not to pass the end.
@@ -113,6 +118,20 @@ static void take_item(ArgIterP iter) {
     finish_item(iter, find_either(iter->args, iter->end, '=', iter->delim));
 }
 
+// Takes the last item, which ends with the text; `equals` has a bit for each '=' in it.
+[[gnu::noinline]] static void take_last(ArgIterP iter, unsigned equals) {
+    const char* const end = iter->end;
+    const char* const name_end = equals != 0 ? iter->args + lowest(equals) : end;
+    const char* const value = name_end < end ? name_end + 1 : end;
+    if (value < end && is_quote(*value))
+        return finish_item(iter, name_end);
+    iter->name = iter->args;
+    iter->n_len = static_cast<size_t>(name_end - iter->args);
+    iter->value = value;
+    iter->v_len = static_cast<size_t>(end - value);
+    iter->args = end;
+}
+
 void argIterNext(ArgIterP iter) {
     // Most items end within one block or two; a look at those finds the delimiter and the '='.
     const char* const p = iter->args;
@@ -127,13 +146,13 @@ void argIterNext(ArgIterP iter) {
         delimiters = matches(p + second, iter->delim) << second;
         equals |= matches(p + second, '=') << second;
         if (delimiters == 0)
-            return take_item(iter);
+            return left <= 2 * BLOCK_BYTES ? take_last(iter, equals) : take_item(iter);
     }
-    const char* const stop = p + __builtin_ctz(delimiters);
+    const char* const stop = p + lowest(delimiters);
     const char* name_end = stop;
     const char* value = stop;
-    if ((equals & ~delimiters & (delimiters - 1)) != 0) {  // an '=' before the delimiter
-        name_end = p + __builtin_ctz(equals);
+    if ((equals & (delimiters - 1)) != 0) {  // an '=' before the delimiter; none is both
+        name_end = p + lowest(equals);
         value = name_end + 1;
         if (is_quote(*value))
             return finish_item(iter, name_end);
