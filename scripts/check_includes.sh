@@ -40,7 +40,7 @@ system_headers_for() {
         osal/export/linux/*_pd.h | osal/c/linux/*.cpp) echo "*" ;;
         util/export/posix/stringutil_pd.h) echo "$c_headers strings.h" ;;
         util/c/shared/json/json_internal.h) echo "$c_headers $cpp_headers setjmp.h" ;;
-        util/c/shared/strparse.cpp) echo "$c_headers $cpp_headers langinfo.h" ;;
+        util/c/shared/decimal.cpp) echo "$c_headers $cpp_headers langinfo.h" ;;
         util/c/shared/*_java.cpp | util/c/shared/logging/java_bridge.cpp) echo "$c_headers $cpp_headers jni.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;
         *) echo "$c_headers" ;;

@@ -6,7 +6,7 @@
 
 #include "util/c/shared/decimal.h"
 
-#include <string.h>
+#include <langinfo.h>
 #include <bit>
 
 __extension__ using uint128 = unsigned __int128;
@@ -107,27 +107,30 @@ static inline int binary_exponent(int exponent) {
     return (217706 * exponent) >> 16;
 }
 
-bool decimal_to_double(u8 mantissa, int exponent, double* result) {
-    if (mantissa == 0) {
-        *result = 0;
-        return true;
-    }
-    if (exponent < MIN_POWER || exponent > MAX_POWER)
+// Two additions, because asking the processor for its mode takes longer.
+static inline bool rounds_to_nearest() {
+    static const volatile float tiny = 0x1p-60F;
+    return 1.0F + tiny == 1.0F - tiny;
+}
+
+bool decimal_by_product(bool negative, u8 mantissa, s8 exponent, double* result) {
+    if (mantissa == 0 || exponent < MIN_POWER || exponent > MAX_POWER || !rounds_to_nearest())
         return false;
+    const int power = static_cast<int>(exponent);
     const int zeros = std::countl_zero(mantissa);
-    const uint128 bits = product(mantissa << zeros, POWERS.of[exponent - MIN_POWER]);
+    const uint128 bits = product(mantissa << zeros, POWERS.of[power - MIN_POWER]);
     const u8 high = static_cast<u8>(bits >> 64), low = static_cast<u8>(bits);
-    if (low == ~static_cast<u8>(0) && (exponent < MIN_EXACT_POWER || exponent > MAX_EXACT_POWER))
+    if (low == ~static_cast<u8>(0) && (power < MIN_EXACT_POWER || power > MAX_EXACT_POWER))
         return false;
 
     const int upper_bit = static_cast<int>(high >> 63);
     const int shift = upper_bit + 64 - SIGNIFICAND_BITS - EXTRA_BITS;
     u8 significand = high >> shift;
-    int biased = binary_exponent(exponent) + 63 + upper_bit - zeros + EXPONENT_BIAS;
+    int biased = binary_exponent(power) + 63 + upper_bit - zeros + EXPONENT_BIAS;
     if (biased <= 0)
         return false;
     const bool tie = low <= 1 && (significand & 3) == 1 && significand << shift == high;
-    if (tie && exponent >= MIN_TIE_POWER && exponent <= MAX_TIE_POWER)
+    if (tie && power >= MIN_TIE_POWER && power <= MAX_TIE_POWER)
         significand--;
     significand = (significand + 1) >> 1;
     if (significand == static_cast<u8>(2) << SIGNIFICAND_BITS) {
@@ -137,6 +140,13 @@ bool decimal_to_double(u8 mantissa, int exponent, double* result) {
     if (biased >= INFINITE_EXPONENT)
         return false;
     significand &= (static_cast<u8>(1) << SIGNIFICAND_BITS) - 1;
-    *result = std::bit_cast<double>(static_cast<u8>(biased) << SIGNIFICAND_BITS | significand);
+    *result = std::bit_cast<double>(u8{negative} << 63 |
+                                    static_cast<u8>(biased) << SIGNIFICAND_BITS | significand);
     return true;
+}
+
+// Not localeconv(), which fills a record that all threads share.
+bool decimal_point_is_usual() {
+    const char* const point = nl_langinfo(RADIXCHAR);
+    return point[0] == '.' && point[1] == '\0';
 }

@@ -8,13 +8,12 @@
 
 #include "util/export/strparse.h"
 
+#include "util/c/shared/decimal.h"
 #include "util/export/posix/stringutil_pd.h"
 
 #include <ctype.h>
-#include <langinfo.h>
 #include <stdio.h>
 #include <string.h>
-#include <bit>
 
 // Always false, so that a parser returns it.
 static bool fail(const char** error_msg, const char* message) {
@@ -231,118 +230,6 @@ bool strToSuffixAddress(const char* str, void** value, const char** error_msg) {
     return read_integer(str, reinterpret_cast<u8*>(value), true, false, error_msg);
 }
 
-__extension__ typedef unsigned __int128 u16;
-
-// 10^q for moderate q: significand * 2^exponent, where the significand has its highest of 128 bits
-// set. It is exact for q >= 0 and the largest that does not exceed the power for q < 0.
-struct PowerOfTen {
-    u8 high, low;
-    int exponent;
-};
-
-constexpr s8 MAX_POWER = 55;  // 5^55 is the last power of five within 128 bits
-
-struct PowersOfTen {
-    PowerOfTen at[2 * MAX_POWER + 1];  // from -MAX_POWER on
-};
-
-constexpr int HIGH_BITS = 64;
-
-static constexpr PowerOfTen make_power(u16 significand, int exponent) {
-    return {static_cast<u8>(significand >> HIGH_BITS), static_cast<u8>(significand), exponent};
-}
-
-// 2^255 / divisor, rounded down, for a divisor whose highest bit is set and not its only one.
-static constexpr u16 reciprocal(u16 divisor) {
-    u16 quotient = 0, rest = u16{1} << 127;
-    for (int bit = 0; bit < 128; bit++) {
-        const bool carry = rest >> 127 != 0;
-        rest <<= 1;
-        quotient <<= 1;
-        if (carry || rest >= divisor) {
-            rest -= divisor;
-            quotient |= 1;
-        }
-    }
-    return quotient;
-}
-
-constexpr PowersOfTen POWERS_OF_TEN = [] {
-    PowersOfTen powers = {};
-    u16 five = 1;  // to the power q
-    for (int q = 0; q <= MAX_POWER; q++, five *= 5) {
-        const u8 high = static_cast<u8>(five >> HIGH_BITS);
-        const int zeros = high != 0 ? std::countl_zero(high)
-                                    : HIGH_BITS + std::countl_zero(static_cast<u8>(five));
-        const u16 normal = five << zeros;
-        if (q > 0)
-            powers.at[MAX_POWER - q] = make_power(reciprocal(normal), zeros - 255 - q);
-        powers.at[MAX_POWER + q] = make_power(normal, q - zeros);
-    }
-    return powers;
-}();
-
-constexpr int DROPPED_BITS = 11;   // of the product's high half; 53 remain
-constexpr int MANTISSA_BITS = 52;  // as stored
-constexpr int EXPONENT_BIAS = 1023;
-constexpr u16 HALF = u16{1} << (HIGH_BITS + DROPPED_BITS - 1);
-
-// Two additions, because asking the processor for its mode takes longer.
-static inline bool rounds_to_nearest() {
-    static const volatile float tiny = 0x1p-60F;
-    return 1.0F + tiny == 1.0F - tiny;
-}
-
-// The double nearest to digits * 10^power, from a product of 128 bits. Declines when that leaves
-// the direction of rounding open, as it does for ties.
-static inline bool round_product(bool negative, u8 digits, s8 power, double* value) {
-    if (digits == 0 || power < -MAX_POWER || power > MAX_POWER || !rounds_to_nearest())
-        return false;
-    const PowerOfTen& ten = POWERS_OF_TEN.at[power + MAX_POWER];
-    const int zeros = std::countl_zero(digits);
-    const u8 factor = digits << zeros;
-    u16 product = u16{factor} * ten.high + (u16{factor} * ten.low >> HIGH_BITS);
-    int exponent = ten.exponent + HIGH_BITS - zeros;
-    if (product >> 127 == 0) {
-        product <<= 1;
-        exponent--;
-    }
-    // The true product exceeds this one by less than 4.
-    const u16 rest = product & (2 * HALF - 1);
-    if (HALF - rest < 4)
-        return false;
-    const u8 mantissa = static_cast<u8>(product >> (HIGH_BITS + DROPPED_BITS));
-    const int biased = exponent + HIGH_BITS + DROPPED_BITS + MANTISSA_BITS + EXPONENT_BIAS;
-    // The mantissa's highest bit, and a carry out of it, add to the exponent.
-    const u8 bits = (static_cast<u8>(biased - 1) << MANTISSA_BITS) + mantissa + (rest > HALF);
-    *value = std::bit_cast<double>(bits | u8{negative} << 63);
-    return true;
-}
-
-// The powers of ten that a double holds exactly.
-constexpr double EXACT_POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr s8 MAX_EXACT_POWER = 22;
-
-// digits * 10^power with its sign, correctly rounded, or declined. One operation on two exact
-// numbers rounds once, and in the current mode.
-static inline bool make_double(bool negative, u8 digits, s8 power, double* value) {
-    if (digits >> (MANTISSA_BITS + 1) != 0 || power < -MAX_EXACT_POWER || power > MAX_EXACT_POWER)
-        return round_product(negative, digits, power, value);
-    const auto magnitude = static_cast<double>(static_cast<s8>(digits));
-    const double exact = negative ? -magnitude : magnitude;
-    *value = power < 0 ? exact / EXACT_POWERS[-power] : exact * EXACT_POWERS[power];
-    return true;
-}
-
-// The locale's decimal point is the usual one. Not localeconv(), which fills a record that all
-// threads share.
-static inline bool point_is_usual() {
-    const char* point = nl_langinfo(RADIXCHAR);
-    return point[0] == '.' && point[1] == '\0';
-}
-
 // Reads an exponent such as "e-7", if there is one. Null when it is incomplete or of many digits.
 static inline const char* read_exponent(const char* p, s8* power) {
     constexpr ptrdiff_t MAX_EXPONENT_DIGITS = 4;
@@ -375,7 +262,7 @@ static inline bool read_double(const char* p, double* value) {
         p = read_decimal(p, &digits);
         count += static_cast<size_t>(p - fraction);
         power = fraction - p;
-        if (!point_is_usual())
+        if (!decimal_point_is_usual())
             return false;
     }
     if (count == 0)
@@ -387,7 +274,7 @@ static inline bool read_double(const char* p, double* value) {
     if (count > MAX_DECIMAL_DIGITS || p == nullptr || shift_of(*p) == NO_MULTIPLIER)
         return false;
     double number;
-    if (!make_double(negative, digits, power, &number))
+    if (!decimal_to_double(negative, digits, power, &number))
         return false;
     *value = number * static_cast<double>(u8{1} << shift_of(*p));
     return true;

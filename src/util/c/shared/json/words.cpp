@@ -3,11 +3,9 @@
 
 #include "util/c/shared/json/words.h"
 
-#include "util/c/shared/decimal.h"
 #include "util/export/posix/stringutil_pd.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 const char* scan_word(json* js, const char* token) {
@@ -21,13 +19,6 @@ const char* scan_word(json* js, const char* token) {
     append(js, token, static_cast<size_t>(end - token), token, end);
     terminate(js, token, end);
     return end;
-}
-
-bool ask_for_decimal_point(json* js) {
-    char* end;
-    strtod("0.", &end);
-    js->decimal_point = *end == '\0' ? json::POINT : json::OTHER;
-    return js->decimal_point == json::POINT;
 }
 
 // The end of the digits at p, which `value` takes on at its end, modulo 2^64.
@@ -103,10 +94,9 @@ bool send_ordinary_number(json* js, const char* token, const char* end) {
     if (count > DECIMAL_DIGITS && significant_digits(digits, count) > DECIMAL_DIGITS)
         return false;
     JSONVal value;
-    if (!decimal_point_is_point(js) || !decimal_to_double(mantissa, exponent, &value.double_value))
+    if (!decimal_point_is_point(js) ||
+        !decimal_to_double(digits != token, mantissa, exponent, &value.double_value))
         return false;
-    if (digits != token)
-        value.double_value = -value.double_value;
     deliver(js, token, end, JSON_FLOAT, &value);
     return true;
 }

@@ -2,6 +2,7 @@
 #ifndef UTIL_C_SHARED_JSON_WORDS_H
 #define UTIL_C_SHARED_JSON_WORDS_H
 
+#include "util/c/shared/decimal.h"
 #include "util/c/shared/json/json_internal.h"
 
 #include <immintrin.h>
@@ -17,12 +18,9 @@ const char* send_any_word(json* js, const char* token);
 // are left to the platform's conversions.
 bool send_ordinary_number(json* js, const char* token, const char* end);
 
-// The platform's conversions take the locale's decimal point, and ours only a point.
-bool ask_for_decimal_point(json* js);
-
 static inline bool decimal_point_is_point(json* js) {
     if (js->decimal_point == json::UNKNOWN) [[unlikely]]
-        return ask_for_decimal_point(js);
+        js->decimal_point = decimal_point_is_usual() ? json::POINT : json::OTHER;
     return js->decimal_point == json::POINT;
 }
 
@@ -56,7 +54,6 @@ static inline u8 value_of_digits(u8 bytes) {
 // Delivers the decimal at `token`, given its up to eight bytes as last_bytes() does, when it is
 // digits with a point among them.
 static inline bool send_short_decimal(json* js, const char* token, const char* end, u8 bytes) {
-    static constexpr double POWERS_OF_10[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
     constexpr u8 ONES = 0x0101010101010101, POINTS = ONES * '.';
     const u8 others = bytes ^ POINTS;
     const u8 points = (others - ONES) & ~others & ONES << 7;
@@ -68,9 +65,8 @@ static inline bool send_short_decimal(json* js, const char* token, const char* e
     const u8 digits = (bytes & ~(before << 8 | 0xFF)) | (bytes & before) << 8 | '0';
     if (!are_digits(digits) || !decimal_point_is_point(js))
         return false;
-    const double magnitude = static_cast<double>(value_of_digits(digits)) / POWERS_OF_10[7 - point];
     JSONVal value;
-    value.double_value = *token == '-' ? -magnitude : magnitude;
+    (void)decimal_to_double(*token == '-', value_of_digits(digits), point - 7, &value.double_value);
     deliver(js, token, end, JSON_FLOAT, &value);
     return true;
 }
