@@ -8,8 +8,12 @@
 #include "gc_log.h"
 
 #include "component.h"
+#include "gc_options.h"
+#include "util/export/scaled_printfmt.h"
 
-enum { REGION_MB = 64, BLOCKS_PER_ROUND = 4, CROWDED_PERCENT = 75 };
+enum { BLOCKS_PER_ROUND = 4, CROWDED_PERCENT = 75 };
+
+static const nanotime SWEEP_NANOS_PER_MB = 1000000;
 
 // Counts of megabytes; the totals may wrap around, their difference does not mind.
 static _Thread_local struct {
@@ -18,8 +22,12 @@ static _Thread_local struct {
     unsigned in_use;
 } region;
 
+static unsigned region_mb(void) {
+    return (unsigned)(options.region >> 20);
+}
+
 static unsigned occupancy(void) {
-    return 100 * region.in_use / REGION_MB;
+    return 100 * region.in_use / region_mb();
 }
 
 char* gc_write_occupancy(char* position, size_t* bytesLeft) {
@@ -27,7 +35,7 @@ char* gc_write_occupancy(char* position, size_t* bytesLeft) {
 }
 
 static void allocate(unsigned worker, unsigned mb) {
-    if (region.in_use + mb > REGION_MB) {
+    if (region.in_use + mb > region_mb()) {
         if (logEnabled(DBG_HEAP, MSG_ERROR))
             _logforceprint(&_loggers, DBG_HEAP, MSG_ERROR, "worker %u: no room for %u MB", worker,
                            mb);
@@ -60,6 +68,17 @@ static void verify(unsigned worker) {
     }
 }
 
+// What the options ask to be told of a collection that took so long.
+static void tell_of(unsigned worker, nanotime duration) {
+    if (logEnabled(DBG_GC, MSG_INFO))
+        for (size_t i = 0; i < options.num_phases; i++)
+            _logforceprint(&_loggers, DBG_GC, MSG_INFO, "worker %u: %s done", worker,
+                           options.phases[i]);
+    if (options.pause != 0 && duration > options.pause && logEnabled(DBG_GC, MSG_WARN))
+        _logforceprint(&_loggers, DBG_GC, MSG_WARN, "worker %u: collection took %ld%s", worker,
+                       (long)scaledownNanotime(duration), scaledDownNanotimeSuffix(duration));
+}
+
 void component_work(unsigned worker, unsigned round) {
     for (int i = 0; i < BLOCKS_PER_ROUND; i++)
         allocate(worker, 4 * (round % 4 + 1));
@@ -70,6 +89,7 @@ void component_work(unsigned worker, unsigned round) {
     if (logEnabled(DBG_GC, MSG_INFO))
         _logforceprint(&_loggers, DBG_GC, MSG_INFO, "worker %u: collection %u freed %u MB", worker,
                        round, freed);
-    if (logGetSanityLevel(DBG_HEAP) >= SANITY_CHECK)
+    tell_of(worker, freed * SWEEP_NANOS_PER_MB);
+    if (options.verify || logGetSanityLevel(DBG_HEAP) >= SANITY_CHECK)
         verify(worker);
 }

@@ -29,16 +29,24 @@ constexpr const char* USAGE =
     "  --decorations STR  decorations of each line, such as level,module,occupancy; empty for\n"
     "                     module, timestamp and pid\n"
     "  --config FILE      levels and log files from a file, such as { gc: { level: debug } }\n"
+    "  --gc-options STR   the collector's own, such as region=128m,pause=40ms,verify,phase=mark\n"
     "  --threads N        workers, 1 to 64; 2 by default\n"
     "  --forever          works until killed, telling each finished \"worker round\" on stdout\n"
     "STR may also follow an equals sign: --log=gc";
-constexpr const char* COMPONENTS[] = {"libgc.so", "libjit.so"};
+constexpr const char* COMPONENTS[] = {"libgc.so", "libjit.so"};  // the collector first
 constexpr unsigned ROUNDS = 4;
 constexpr unsigned MAX_THREADS = 64;
 constexpr int EXIT_REJECTED = 2;
 
 using Work = decltype(&component_work);
+using Configure = decltype(&component_configure);
 
+struct Component {
+    Work work;
+    Configure configure;  // null when it has no options
+};
+
+Configure configure_gc;
 unsigned threads = 2;
 bool forever = false;
 
@@ -51,6 +59,10 @@ int parse_decorations(const char* args, char* errbuf, size_t errlen, int (*)(con
 
 int parse_config(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
     return apply_config(args, errbuf, errlen);
+}
+
+int parse_gc_options(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
+    return configure_gc(args, errbuf, errlen);
 }
 
 int parse_threads(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
@@ -70,7 +82,8 @@ struct Option {
 constexpr Option OPTIONS[] = {
     {"--log", logParseMsgLevelsEx},     {"--sanity", logParseSanityLevelsEx},
     {"--log-file", logParseLogFilesEx}, {"--decorations", parse_decorations},
-    {"--config", parse_config},         {"--threads", parse_threads},
+    {"--config", parse_config},         {"--gc-options", parse_gc_options},
+    {"--threads", parse_threads},
 };
 
 int reject(std::string_view option, const char* message) {
@@ -110,19 +123,22 @@ std::optional<int> apply_options(std::span<char*> args) {
 }
 
 // Loads a component, whose log modules are known from then on. It is never unloaded.
-Work load(const std::filesystem::path& file) {
-    void* component = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* work = component != nullptr ? dlsym(component, "component_work") : nullptr;
-    if (work == nullptr)
+Component load(const std::filesystem::path& file) {
+    void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* work = library != nullptr ? dlsym(library, "component_work") : nullptr;
+    if (work == nullptr) {
         std::fprintf(stderr, "host: %s\n", dlerror());
-    return reinterpret_cast<Work>(work);
+        return {};
+    }
+    void* configure = dlsym(library, "component_configure");
+    return {reinterpret_cast<Work>(work), reinterpret_cast<Configure>(configure)};
 }
 
-void run_worker(unsigned worker, std::span<const Work> components, std::latch& start) {
+void run_worker(unsigned worker, std::span<const Component> components, std::latch& start) {
     start.arrive_and_wait();
     for (unsigned round = 0; forever || round < ROUNDS; round++) {
-        for (Work work : components)
-            work(worker, round);
+        for (const Component& component : components)
+            component.work(worker, round);
         if (forever) {
             std::printf("%u %u\n", worker, round);
             std::fflush(stdout);
@@ -134,12 +150,13 @@ void run_worker(unsigned worker, std::span<const Work> components, std::latch& s
 
 int main(int argc, char** argv) {
     const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    std::vector<Work> components;
+    std::vector<Component> components;
     for (const char* file : COMPONENTS) {
         components.push_back(load(folder / file));
-        if (components.back() == nullptr)
+        if (components.back().work == nullptr)
             return EXIT_FAILURE;
     }
+    configure_gc = components.front().configure;
     if (const auto status = apply_options({argv + 1, argv + argc}))
         return *status;
     std::latch start(threads);

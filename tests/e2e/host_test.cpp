@@ -45,6 +45,8 @@ const RunCase RUN_CASES[] = {
     {"--log quiet,sweep=debug --threads 5", "20 DEBUG sweep"},
     {"--log quiet,util,verbosegc", "8 INFO gc 1 WARN util"},
     {"--log quiet,heap --sanity heap", "2 ERROR heap 8 INFO heap 4 WARN heap"},
+    {"--log quiet,gc --gc-options 'phase=mark,phase=\"sweep\",pause=30ms'", "24 INFO gc 4 WARN gc"},
+    {"--log quiet,heap=info --gc-options region=1g,v,heap=2g", "8 INFO heap"},
     {"--log quiet,gc,jit --log-file gc=stdout", "8 INFO jit", "8 INFO gc"},
     {"--config vm.json", "", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file vm.log,jit=stderr", "8 INFO jit", "", "8 INFO gc"},
@@ -74,6 +76,10 @@ const std::pair<string, string> REJECTED[] = {
     {"--config none.json", "--config: Could not open none.json"},
     {"--config broken.json", "--config: Unexpected char, line 2, \"debug }\""},
     {"--config wrong.json", "--config: Illegal message level 'loud'., line 2, \"loud } }\""},
+    {"--gc-options region=64q",
+     "--gc-options: Could not parse value for argument 'region': 64q (illegal suffix)"},
+    {"--gc-options region=8m", "--gc-options: Region (8MB) is less than minimum required (16MB)"},
+    {"--gc-options=v,check", "--gc-options: Duplicate parameter check"},
     {"--decorations level,bogus", "--decorations: No such decoration in \"level,bogus\""},
 };
 
