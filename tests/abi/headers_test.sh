@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Compiles every public header alone, as C11 and as C++17, without a warning.
+# Compiles every public header and include-only source alone, as C11 and as C++17, without a warning.
 #
 #   headers_test.sh SRC CC CXX
 set -euo pipefail
@@ -12,6 +12,6 @@ while read -r header; do
     include="#include \"${header#"$src"/}\""
     "$cc" -std=c11 "${warnings[@]}" -Wstrict-prototypes -I"$src" -fsyntax-only -x c - <<< "$include" || failed=1
     "$cxx" -std=c++17 "${warnings[@]}" -I"$src" -fsyntax-only -x c++ - <<< "$include" || failed=1
-done < <(find "$src"/*/export "$src"/sharedinc -name '*.h')
+done < <(find "$src"/*/export "$src"/sharedinc -name '*.h' -o -name '*.inl')
 [ "$count" -gt 0 ] || { echo "no headers under $src" >&2; exit 1; }
 exit "$failed"

@@ -43,6 +43,19 @@ void gsFree(void* ptr) {
     REAL(gsFree)(ptr);
 }
 
+void* msRealloc(mspace space, void* ptr, size_t size) {
+    if (platform.failing_allocation > 0 && --platform.failing_allocation == 0)
+        return nullptr;
+    void* block = REAL(msRealloc)(space, ptr, size);
+    platform.live_blocks += ptr == nullptr && block != nullptr;
+    return block;
+}
+
+void msFree(mspace space, void* ptr) {
+    platform.live_blocks--;
+    REAL(msFree)(space, ptr);
+}
+
 bool timingFormatCurrentTime(TimeBuffer buf) {
     if (!platform.time_text)
         return REAL(timingFormatCurrentTime)(buf);

@@ -10,7 +10,7 @@
 
 struct Platform {
     size_t failing_allocation = 0;  // the n-th from now on fails, counted from 1
-    long live_blocks = 0;           // gsMalloc and gsRealloc less gsFree
+    long live_blocks = 0;           // gsMalloc, gsRealloc and msRealloc less those released
     bool keeps_sizes = false;
     std::vector<size_t> allocations = {};       // the sizes asked for, when kept
     std::optional<std::string> time_text = {};  // the empty text makes formatting fail
