@@ -2,6 +2,8 @@
 #ifndef EXAMPLES_HOST_COMPONENT_H
 #define EXAMPLES_HOST_COMPONENT_H
 
+#include "util/export/logging_types.h"
+
 #include <stddef.h>
 
 #ifdef __cplusplus
@@ -16,6 +18,9 @@ __attribute__((visibility("default"))) void component_work(unsigned worker, unsi
 // reason, cut to fit, in `errbuf` of `errlen` bytes. The text must stay as it is.
 __attribute__((visibility("default"))) int component_configure(const char* text, char* errbuf,
                                                                size_t errlen);
+
+// The component's log modules.
+__attribute__((visibility("default"))) logger* component_logger(void);
 
 #ifdef __cplusplus
 }

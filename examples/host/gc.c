@@ -93,3 +93,7 @@ void component_work(unsigned worker, unsigned round) {
     if (options.verify || logGetSanityLevel(DBG_HEAP) >= SANITY_CHECK)
         verify(worker);
 }
+
+logger* component_logger(void) {
+    return &_loggers;
+}

@@ -3,6 +3,7 @@
 
 #include "component.h"
 #include "config.h"
+#include "util/export/globmatch.h"
 #include "util/export/logging.h"
 
 #include <dlfcn.h>
@@ -15,6 +16,7 @@
 #include <latch>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -30,23 +32,26 @@ constexpr const char* USAGE =
     "                     module, timestamp and pid\n"
     "  --config FILE      levels and log files from a file, such as { gc: { level: debug } }\n"
     "  --gc-options STR   the collector's own, such as region=128m,pause=40ms,verify,phase=mark\n"
+    "  --trace-modules STR\n"
+    "                     traces the modules that patterns choose by component and name, such as\n"
+    "                     '-gc.sweep,+gc*,jit.in*': the first that fits decides, '-' leaves the\n"
+    "                     module alone, without '+' a module that is QUIET stays so\n"
     "  --threads N        workers, 1 to 64; 2 by default\n"
     "  --forever          works until killed, telling each finished \"worker round\" on stdout\n"
     "STR may also follow an equals sign: --log=gc";
-constexpr const char* COMPONENTS[] = {"libgc.so", "libjit.so"};  // the collector first
+constexpr const char* COMPONENTS[] = {"gc", "jit"};  // the collector first
 constexpr unsigned ROUNDS = 4;
 constexpr unsigned MAX_THREADS = 64;
 constexpr int EXIT_REJECTED = 2;
 
-using Work = decltype(&component_work);
-using Configure = decltype(&component_configure);
-
 struct Component {
-    Work work;
-    Configure configure;  // null when it has no options
+    const char* name;
+    decltype(&component_work) work;
+    logger* log;
+    decltype(&component_configure) configure;  // null when it has no options
 };
 
-Configure configure_gc;
+std::vector<Component> components;
 unsigned threads = 2;
 bool forever = false;
 
@@ -62,7 +67,29 @@ int parse_config(const char* args, char* errbuf, size_t errlen, int (*)(const ch
 }
 
 int parse_gc_options(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
-    return configure_gc(args, errbuf, errlen);
+    return components.front().configure(args, errbuf, errlen);
+}
+
+void trace(const Component& component, patternset* chosen) {
+    for (size_t i = 0; i < component.log->num_loggers; i++) {
+        const logmodule& m = component.log->loggers[i];
+        const char* name[] = {component.name, m.names[0]};
+        const MatchType match = patternSetMatchArray(chosen, name, 2, ".");
+        if (match == FORCE || (match == MATCH && *m.pMsgLevel != MSG_QUIET))
+            _log_set_msglevel(component.log, static_cast<LogModule>(i), MSG_TRACE);
+    }
+}
+
+int parse_trace_modules(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
+    patternset chosen;
+    if (patternSetCreate(&chosen, args) != 0) {
+        std::snprintf(errbuf, errlen, "Out of memory");
+        return -1;
+    }
+    for (const Component& component : components)
+        trace(component, &chosen);
+    patternSetFree(&chosen);
+    return 0;
 }
 
 int parse_threads(const char* args, char* errbuf, size_t errlen, int (*)(const char*)) {
@@ -80,9 +107,13 @@ struct Option {
 };
 
 constexpr Option OPTIONS[] = {
-    {"--log", logParseMsgLevelsEx},     {"--sanity", logParseSanityLevelsEx},
-    {"--log-file", logParseLogFilesEx}, {"--decorations", parse_decorations},
-    {"--config", parse_config},         {"--gc-options", parse_gc_options},
+    {"--log", logParseMsgLevelsEx},
+    {"--sanity", logParseSanityLevelsEx},
+    {"--log-file", logParseLogFilesEx},
+    {"--decorations", parse_decorations},
+    {"--config", parse_config},
+    {"--gc-options", parse_gc_options},
+    {"--trace-modules", parse_trace_modules},
     {"--threads", parse_threads},
 };
 
@@ -123,18 +154,23 @@ std::optional<int> apply_options(std::span<char*> args) {
 }
 
 // Loads a component, whose log modules are known from then on. It is never unloaded.
-Component load(const std::filesystem::path& file) {
+bool load(const std::filesystem::path& folder, const char* name) {
+    const auto file = folder / (std::string("lib") + name + ".so");
     void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* work = library != nullptr ? dlsym(library, "component_work") : nullptr;
-    if (work == nullptr) {
+    void* log = work != nullptr ? dlsym(library, "component_logger") : nullptr;
+    if (log == nullptr) {
         std::fprintf(stderr, "host: %s\n", dlerror());
-        return {};
+        return false;
     }
-    void* configure = dlsym(library, "component_configure");
-    return {reinterpret_cast<Work>(work), reinterpret_cast<Configure>(configure)};
+    components.push_back(
+        {name, reinterpret_cast<decltype(&component_work)>(work),
+         reinterpret_cast<decltype(&component_logger)>(log)(),
+         reinterpret_cast<decltype(&component_configure)>(dlsym(library, "component_configure"))});
+    return true;
 }
 
-void run_worker(unsigned worker, std::span<const Component> components, std::latch& start) {
+void run_worker(unsigned worker, std::latch& start) {
     start.arrive_and_wait();
     for (unsigned round = 0; forever || round < ROUNDS; round++) {
         for (const Component& component : components)
@@ -150,17 +186,13 @@ void run_worker(unsigned worker, std::span<const Component> components, std::lat
 
 int main(int argc, char** argv) {
     const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    std::vector<Component> components;
-    for (const char* file : COMPONENTS) {
-        components.push_back(load(folder / file));
-        if (components.back().work == nullptr)
+    for (const char* name : COMPONENTS)
+        if (!load(folder, name))
             return EXIT_FAILURE;
-    }
-    configure_gc = components.front().configure;
     if (const auto status = apply_options({argv + 1, argv + argc}))
         return *status;
     std::latch start(threads);
     std::vector<std::jthread> workers;
     for (unsigned worker = 0; worker < threads; worker++)
-        workers.emplace_back(run_worker, worker, components, std::ref(start));
+        workers.emplace_back(run_worker, worker, std::ref(start));
 }

@@ -40,3 +40,7 @@ void component_work(unsigned worker, unsigned round) {
         _logforceprint(&_loggers, DBG_DEOPT, MSG_WARN,
                        "worker %u: method%u deoptimised, a callee was overridden", worker, round);
 }
+
+logger* component_logger() {
+    return &_loggers;
+}

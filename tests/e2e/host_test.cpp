@@ -47,6 +47,11 @@ const RunCase RUN_CASES[] = {
     {"--log quiet,heap --sanity heap", "2 ERROR heap 8 INFO heap 4 WARN heap"},
     {"--log quiet,gc --gc-options 'phase=mark,phase=\"sweep\",pause=30ms'", "24 INFO gc 4 WARN gc"},
     {"--log quiet,heap=info --gc-options region=1g,v,heap=2g", "8 INFO heap"},
+    {"--log quiet --trace-modules '+gc*,-gc.sweep'",  // the first pattern has decided already
+     "8 DEBUG sweep 2 ERROR heap 8 INFO gc 30 TRACE heap 4 WARN heap"},
+    {"--log quiet --trace-modules '-gc.sweep,+gc*'",
+     "2 ERROR heap 8 INFO gc 30 TRACE heap 4 WARN heap"},
+    {"--log quiet,inline=error --trace-modules 'jit.*'", "16 DEBUG inline 8 TRACE inline"},
     {"--log quiet,gc,jit --log-file gc=stdout", "8 INFO jit", "8 INFO gc"},
     {"--config vm.json", "", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file vm.log,jit=stderr", "8 INFO jit", "", "8 INFO gc"},
