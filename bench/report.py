@@ -26,6 +26,9 @@ PEER_PACKAGES = {
     "utf8": ["libsimdjson-dev", "libglib2.0-dev"],
     "stacked_threadlocal": ["libc6"],
     "json": ["libsimdjson-dev", "rapidjson-dev", "libyajl-dev", "nlohmann-json3-dev"],
+    "globmatch": ["libglib2.0-dev", "libc6"],
+    "dynarray": ["libglib2.0-dev", "libstdc++6"],
+    "streamwriter": ["libc6", "libstdc++6"],
 }
 BENCHMARK_PACKAGE = "libbenchmark-dev"
 
@@ -186,6 +189,60 @@ FACILITIES["stacked_threadlocal"] = Facility(
     ["One binding. The peer's list is compiled into the loop; ours is called in the library."],
     [Case("push and pop", "push and pop"), Case("get", "get")],
     [Target("push and pop", PEER, 1.0), Target("get", PEER, 1.0)],
+)
+
+FACILITIES["globmatch"] = Facility(
+    "Glob patterns",
+    [
+        "One answer about a class name of 20 to 60 characters, some matching; 200 a's for the "
+        "hostile pattern. All answers are compared.",
+        "GPatternSpec is compiled beforehand; fnmatch and we read the pattern's text each time.",
+    ],
+    [
+        Case("prefix", "`java.util.*`"),
+        Case("suffix", "`*Exception`"),
+        Case("2 stars", "`*.server.*Map`"),
+        Case("4 stars", "`*.*.http.*Request*`"),
+        Case("set of 8", "set of 8 patterns"),
+        Case("hostile", "hostile `a*a*a*a*a*a*a*a*b`"),
+    ],
+    [
+        Target("prefix", PEER, 2.0),
+        Target("suffix", PEER, 0.8, ["GPatternSpec"]),
+        Target("2 stars", PEER, 2.0),
+        Target("4 stars", PEER, 2.0),
+        Target("set of 8", PEER, 2.0),
+        Target("hostile", PEER, 3.0, ["fnmatch"]),
+    ],
+)
+
+FACILITIES["dynarray"] = Facility(
+    "Growable array",
+    [
+        "One append, counted from the empty array to its release.",
+        "The vector is compiled into the loop with its element's size; the others are called.",
+    ],
+    [
+        Case(f"{count} of {size}", f"{count:,} times {size} bytes")
+        for count in (10000, 1000000)
+        for size in (8, 16, 64)
+    ],
+    [Target(f"{count} of {size}", PEER, 1.2) for count in (10000, 1000000) for size in (8, 16, 64)]
+    + [Target(f"1000000 of {size}", LIMIT, 1.0) for size in (8, 16, 64)],
+)
+
+FACILITIES["streamwriter"] = Facility(
+    "Small writes",
+    [
+        "One write, in 64 MiB to a new file on disk. Our buffer has 1 KiB, the peers' 4 and 8 KiB.",
+        "The limit hands the kernel blocks of 1 KiB and copies nothing.",
+    ],
+    [Case(f"{size} bytes", f"{size} byte" + "s" * (size > 1)) for size in (1, 4, 8, 16)],
+    [
+        Target("1 bytes", PEER, 3.0, ["fwrite_unlocked"]),
+        Target("4 bytes", PEER, 1.5, ["fwrite_unlocked"]),
+        Target("8 bytes", PEER, 1.1, ["fwrite_unlocked"]),
+    ],
 )
 
 
