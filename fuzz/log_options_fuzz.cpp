@@ -52,7 +52,7 @@ constexpr unsigned KNOWN_DECORATIONS = 0x7f | 0x180;
 
 static logger* make_loggers() {
     logger* older = make_logger({.modules = {{"gc", "collector", true}, {"debug"}, {"m,x"}}});
-    logger* newer = make_logger({.modules = {{"jit"}, {"gc"}},
+    logger* newer = make_logger({.modules = {{"jit"}, {.name = "gc", .is_linked = true}},
                                  .obsoletes = {{"old", "older", 0, MSG_INFO, OBSOLETE_WARN},
                                                {"older", "jit", 0, MSG_INFO, OBSOLETE_WARN},
                                                {"gone", nullptr, 0, MSG_QUIET, OBSOLETE_FAIL},
@@ -60,7 +60,7 @@ static logger* make_loggers() {
                                                {"a", "b", 0, MSG_INFO, OBSOLETE_WARN},
                                                {"b", "a", 0, MSG_INFO, OBSOLETE_WARN}},
                                  .decorators = {{"heap", nothing}, {"pid", nothing}}});
-    newer->loggers[1].link = &older->loggers[0];
+    require(newer->loggers[1].link == &older->loggers[0]);
     return newer;
 }
 

@@ -16,6 +16,7 @@ struct TestModule {
     const char* name;
     const char* alias = nullptr;
     bool is_default = false;
+    bool is_linked = false;
 };
 
 struct TestLoggerParts {
@@ -50,16 +51,9 @@ inline logger* make_logger(const TestLoggerParts& given) {
     for (size_t i = 0; i < count; i++) {
         const TestModule& m = parts.modules[i];
         auto* levels = new TestLevels{parts.msg_default, parts.sanity_default};
-        new (&log->loggers[i]) logmodule{nullptr,
-                                         {m.name, m.alias},
-                                         0,
-                                         &levels->message,
-                                         &levels->sanity,
-                                         log,
-                                         nullptr,
-                                         m.is_default,
-                                         false,
-                                         0};
+        new (&log->loggers[i]) logmodule{
+            nullptr,      {m.name, m.alias}, 0, &levels->message, &levels->sanity, log, nullptr,
+            m.is_default, m.is_linked,       0};
     }
     _log_add_logger(log);
     return log;

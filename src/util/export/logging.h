@@ -18,8 +18,19 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 // Registers a component's logger: its modules write to standard error from now on, and options
-// and walks see them. Called once per logger by the component's start-up code; calling it again
-// for the same logger does nothing. The logger must stay in place for the life of the process.
+// and walks see them.
+//
+// A module declared as linked is tied to the newest module of its name, or with its name as alias,
+// of a component registered before: it takes over that module's levels and stream, not its
+// decorations, and from then on a setting of the name reaches both. When there is none, "util"
+// says so at level ERROR and the module stays an ordinary one, whatever registers later. A retired
+// name is no target.
+//
+// At last the logger gets the decorations that logParseLogDecorations() was last given, if any; as
+// with every setting of decorations, the modules that it is linked to get them, too.
+//
+// Called once per logger by the component's start-up code; calling it again for the same logger
+// does nothing. The logger must stay in place for the life of the process.
 void _log_add_logger(logger* log);
 
 // Selecting modules.
@@ -154,7 +165,6 @@ int logParseLogFilesEx(const char* args, char* errbuf, size_t errlen,
 //
 // Returns 0; -1 for an unknown name (those before it are set, and the string is remembered all
 // the same), or when memory runs out. When the string cannot be remembered, nothing changes.
-// Two threads must not call this at the same time, nor while a component is being loaded.
 int logParseLogDecorations(const char* args);
 
 // The same for the modules of one logger, or of every logger when `the_logger` is null, without

@@ -12,6 +12,7 @@
 
 #include <stdlib.h>
 #include <string.h>
+#include <atomic>
 
 const char* const msglevel_names[MSG_MAX] = {"QUIET", "ERROR", "WARN", "INFO", "DEBUG", "TRACE"};
 const char* const sanitylevel_names[SANITY_MAX] = {"NONE", "MINIMAL", "CHECK", "DEBUG", "TRACE"};
@@ -23,8 +24,13 @@ constexpr unsigned DEFAULT_DECORATIONS = LOG_DECORATION_BIT(DECORATION_MODULE) |
                                          LOG_DECORATION_BIT(DECORATION_TIMESTAMP) |
                                          LOG_DECORATION_BIT(DECORATION_PID);
 
-// The decorations option as last given, or null. No lock: options are read by one thread.
-static char* default_decorations_args;
+// The option as last given, or null.
+static std::atomic<char*> default_decorations_args;
+
+// Exclusive while the option is replaced and applied, shared while a new logger gets it. Not needed
+// to see that there is none: a logger that an option's walk misses joins the chain after that walk,
+// and finds the option.
+static volatile int remembered_lock;
 
 static bool apply_standard(logger* the_logger, const char* name) {
     for (int i = 0; i < NUM_STD_DECORATIONS; i++)
@@ -92,7 +98,17 @@ int logParseLogDecorations(const char* args) {
     char* remembered = strdup(args);
     if (remembered == nullptr)
         return -1;
-    free(default_decorations_args);
-    default_decorations_args = remembered;
-    return apply_log_decorations(nullptr, args);
+    rwWriteLock(&remembered_lock);
+    free(default_decorations_args.exchange(remembered, std::memory_order_relaxed));
+    const int result = apply_log_decorations(nullptr, remembered);
+    rwWriteUnlock(&remembered_lock);
+    return result;
+}
+
+void apply_remembered_decorations(logger* log) {
+    if (default_decorations_args.load(std::memory_order_relaxed) == nullptr)
+        return;
+    rwReadLock(&remembered_lock);
+    apply_log_decorations(log, default_decorations_args.load(std::memory_order_relaxed));
+    rwReadUnlock(&remembered_lock);
 }

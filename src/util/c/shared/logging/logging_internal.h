@@ -2,6 +2,7 @@
 //
 // Locks, in the order in which a thread may take them:
 //
+//   remembered_lock the decorations option kept for later, private to decorations.cpp.
 //   loggers_lock    the chain of loggers and the count of modules. Held shared by every walk,
 //                   exclusively only while a logger is linked in. A thread may take it shared
 //                   again while it holds it shared.
@@ -28,6 +29,9 @@ extern volatile int loggers_lock;
 // follow it without the lock.
 extern std::atomic<logger*> all_loggers;
 
+// Modules of all registered loggers. Grows under loggers_lock; without it the count may be behind.
+extern std::atomic<size_t> num_modules;
+
 // Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
 // logiter_destroy().
 void logiter_init(logiter* iter, logger* l, LogModule m);
@@ -37,6 +41,10 @@ void logiter_init(logiter* iter, logger* l, LogModule m);
 extern const char* const msglevel_names[MSG_MAX];
 extern const char* const sanitylevel_names[SANITY_MAX];
 extern const char* const decoration_names[NUM_STD_DECORATIONS];
+
+// Gives a logger that has just joined the chain the decorations that an option has asked for, if
+// one has. Takes remembered_lock shared.
+void apply_remembered_decorations(logger* log);
 
 // format.cpp
 
