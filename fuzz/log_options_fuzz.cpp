@@ -65,6 +65,8 @@ static logger* make_loggers() {
 }
 
 static void check_modules(logger* newest) {
+    static FILE* const sink = fopen("/dev/null", "a");
+    _log_do_print_moduleinfo(nullptr, 0, sink);
     for (logger* log = newest; log != nullptr; log = log->next)
         for (size_t i = 0; i < log->num_loggers; i++) {
             const logmodule& m = log->loggers[i];

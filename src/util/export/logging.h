@@ -126,6 +126,21 @@ void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level
 char* log_sprintf(char* buf, size_t* bytesLeft, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 
+// Lists the selected modules, sorted by name in the order of bytes, one line for each:
+//
+//     <tab>gc (collector): level=INFO, decorations=3, sanity=NONE
+//
+// without the parentheses when there is no alias. Decorations are the word in hexadecimal; a level
+// that has no name shows as "?". A linked module is not listed, but the one that it leads to is,
+// once. Lines are cut after 255 bytes.
+//
+//   l, module  as above
+//   out        where to; not null. Flushed after every line.
+//
+// Failed writes are ignored. No component can register meanwhile. From 257 registered modules on
+// the call allocates, and writes nothing when it cannot.
+void _log_do_print_moduleinfo(logger* l, LogModule module, log_output out);
+
 // Option strings.
 //
 // The four option strings of the virtual machine; docs/logging.md has their grammar and every

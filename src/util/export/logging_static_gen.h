@@ -121,6 +121,12 @@ FILE* _log_acquire_stream(logger* l, LogModule module);
 // Lets go of the stream that _log_acquire_stream() returned for the same module.
 void _log_release_stream(logger* l, LogModule module, FILE* f);
 
+// Lists modules with their levels and decorations, see _log_do_print_moduleinfo(): of the
+// component's own _loggers, or of every component when `l` is null.
+static inline void _log_print_moduleinfo(logger* l, LogModule module, FILE* f) {
+    _log_do_print_moduleinfo(l, module, f);
+}
+
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }

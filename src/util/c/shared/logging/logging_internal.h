@@ -101,6 +101,27 @@ struct parse_callback {
 bool find_logmodule(const parse_callback* cb, const char* name, logger** ppl, size_t* pmindex,
                     char* errbuf, size_t errlen);
 
+// listing.cpp
+
+constexpr size_t MODULES_WITHOUT_HEAP = 256;
+
+// Room for a pointer to each module that is registered when the list is made.
+struct ModuleList {
+    size_t capacity;
+    size_t count;
+    logmodule** modules;
+    logmodule* few[MODULES_WITHOUT_HEAP];
+};
+
+// Makes an empty list; false when there is no memory. Not to be called with loggers_lock held.
+bool module_list_init(ModuleList* list);
+
+// Frees what a list that was made has allocated.
+void module_list_destroy(ModuleList* list);
+
+// Puts the modules in the order of the bytes of their names.
+void module_list_sort(ModuleList* list);
+
 }  // extern "C"
 
 // Levels and decoration words are read by other threads while they change.
