@@ -9,6 +9,9 @@ bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
     libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev pkg-config
     rapidjson-dev libyajl-dev nlohmann-json3-dev)
 
+# Any Java development kit from 17 on will do.
+command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
+
 case "${1-}" in
     "") ;;
     --bench) packages+=("${bench_packages[@]}") ;;
