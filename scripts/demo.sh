@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Shows module logging at work in examples/host, a small stand-in for the virtual machine.
+# Shows module logging at work in examples/host, a small stand-in for the virtual machine, and in
+# Java threads that log through the same components.
 #
 #   scripts/demo.sh              sets up, builds and gives a short tour
 #   scripts/demo.sh OPTION...    runs the host with these options, see --help
@@ -11,7 +12,7 @@ trap 'rm -rf "$scratch"' EXIT
 (
     cd "$root"
     scripts/bootstrap.sh >&2
-    { cmake --preset release && cmake --build --preset release --target host; } \
+    { cmake --preset release && cmake --build --preset release --target host demo_java; } \
         > "$scratch/build" 2>&1 || { cat "$scratch/build" >&2; exit 1; }
 )
 
@@ -28,6 +29,13 @@ say() {
 run() {
     printf '$ %s\n' "$1"
     eval "$1" 2>&1 || echo "(exit status $?)"
+}
+
+# Java threads among the components, as examples/java has them.
+javahost() {
+    local build=$root/build/release
+    java -Djava.library.path="$build/bin:$build/lib" -cp "$build/lib/kxutil.jar:$build/bin/demo.jar" \
+        demo.Main "$@"
 }
 
 PATH=$root/build/release/bin:$PATH
@@ -57,3 +65,8 @@ say "An option that cannot be followed is explained"
 run "host --log gc=debug,jut=debug"
 run "host --log codegen"
 run "echo '{ gc: { level: loud } }' > vm.json; host --config vm.json"
+say "From Java: javahost is a Java program whose threads log to the modules of both components"
+run "javahost --log gc,jit"
+say "Options reach Java and native code alike; a second \"gc\", of libvm.so, follows the collector's"
+run "javahost --log quiet,gc=info,VM=debug --log-file gc=java.log --list -"
+run "sort java.log"

@@ -38,7 +38,7 @@ def main(tree, build, page):
         os.symlink(build, f"{folder}/build/release")
         for language, block in blocks:
             named = re.match(r"// ([\w./]+\.\w+)\n", block)
-            if named and language in ("c", "cpp", "json"):
+            if named and language in ("c", "cpp", "java", "json"):
                 pathlib.Path(folder, named[1]).write_text(block)
             if language == "console":
                 ran += commands(block)

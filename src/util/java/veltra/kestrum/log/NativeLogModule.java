@@ -1,0 +1,270 @@
+package veltra.kestrum.log;
+
+import java.lang.invoke.MethodHandles;
+import java.lang.invoke.VarHandle;
+import java.nio.ByteBuffer;
+import java.nio.ByteOrder;
+import java.util.List;
+import java.util.Objects;
+import java.util.Optional;
+import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.ConcurrentMap;
+import veltra.kestrum.os.NativeLibrary;
+
+/**
+ * A log module of a native component, for logging from Java.
+ *
+ * <p>Java and native code share the module: its levels, its decorations and its stream. A level
+ * that either side sets is seen by the other at once, and option strings reach both alike.
+ *
+ * <pre>{@code
+ * private static final NativeLogModule GC = NativeLogModule.get("gc");
+ *
+ * if (GC.isEnabled(Level.DEBUG)) {
+ *     GC.print(Level.DEBUG, "freed " + count + " objects");
+ * }
+ * }</pre>
+ *
+ * <p>All methods may be called from any thread.
+ */
+public final class NativeLogModule {
+    /** How much a module tells, and how important a message is. */
+    public enum Level {
+        /** Messages that are always printed; a module that prints no others. */
+        QUIET,
+        /** Something failed. */
+        ERROR,
+        /** Something is doubtful. */
+        WARN,
+        /** Something worth knowing happened. */
+        INFO,
+        /** Details for whoever looks for a fault. */
+        DEBUG,
+        /** Every step. */
+        TRACE;
+
+        private static final Level[] VALUES = values();
+
+        // A word that names no level enables every message, as the most talkative one does.
+        private static Level of(int word) {
+            return word >= 0 && word < VALUES.length ? VALUES[word] : TRACE;
+        }
+    }
+
+    /** How much a component checks itself. */
+    public enum Sanity {
+        /** Not at all. */
+        NONE,
+        /** What costs next to nothing. */
+        MINIMAL,
+        /** What a careful user affords. */
+        CHECK,
+        /** What helps to find a fault. */
+        DEBUG,
+        /** Everything, with a trace. */
+        TRACE;
+
+        private static final Sanity[] VALUES = values();
+
+        private static Sanity of(int word) {
+            return word >= 0 && word < VALUES.length ? VALUES[word] : TRACE;
+        }
+    }
+
+    private static final VarHandle WORD =
+            MethodHandles.byteBufferViewVarHandle(int[].class, ByteOrder.nativeOrder());
+    private static final ConcurrentMap<String, NativeLogModule> MODULES = new ConcurrentHashMap<>();
+    private static final NativeLogModule FINDER;
+
+    static {
+        NativeLibrary.load();
+        initIDs();
+        FINDER = new NativeLogModule(0, new String[] {""}, null, null, 0, 0);
+    }
+
+    private final long module;
+    private final String[] names;
+    private final ByteBuffer level;
+    private final ByteBuffer sanity;
+    private final Level defaultLevel;
+    private final Sanity defaultSanity;
+
+    // Called from native code.
+    private NativeLogModule(long module, String[] names, ByteBuffer level, ByteBuffer sanity,
+            int defaultLevel, int defaultSanity) {
+        this.module = module;
+        this.names = names;
+        this.level = level;
+        this.sanity = sanity;
+        this.defaultLevel = Level.of(defaultLevel);
+        this.defaultSanity = Sanity.of(defaultSanity);
+    }
+
+    private static native void initIDs();
+
+    private native NativeLogModule getModule0(String name);
+
+    private static native String[] getModuleNames0();
+
+    private static native void output(long module, int level, String str);
+
+    /**
+     * Finds a module by its name or its alias.
+     *
+     * <p>Of several components with a module of that name, the one loaded last is meant, as in
+     * option strings. A module that was found once is remembered under that name: the same name
+     * gives the same object, also after another component with such a module is loaded.
+     *
+     * @param name the name or alias; upper and lower case differ
+     * @return the module
+     * @throws IllegalArgumentException with the message "no such logmodule", if no component loaded
+     *     so far has such a module; a retired name is none
+     */
+    public static NativeLogModule get(String name) {
+        NativeLogModule known = MODULES.get(Objects.requireNonNull(name, "name"));
+        return known != null ? known : MODULES.computeIfAbsent(name, FINDER::getModule0);
+    }
+
+    /**
+     * Lists the modules of all components loaded so far.
+     *
+     * @return the names, without aliases, sorted by their bytes; a name comes up once for each
+     *     component that has such a module
+     */
+    public static List<String> names() {
+        return List.of(getModuleNames0());
+    }
+
+    /**
+     * Returns the module's name.
+     *
+     * @return the name, even if the module was found by its alias
+     */
+    public String name() {
+        return names[0];
+    }
+
+    /**
+     * Returns the module's alias.
+     *
+     * @return the second name, if it has one
+     */
+    public Optional<String> alias() {
+        return names.length > 1 ? Optional.of(names[1]) : Optional.empty();
+    }
+
+    /**
+     * Tests whether messages of a level are to be printed, at the price of reading one word.
+     *
+     * @param message the message's level
+     * @return true if the module's level is that one or a more talkative one
+     */
+    public boolean isEnabled(Level message) {
+        return Integer.compareUnsigned(read(level), message.ordinal()) >= 0;
+    }
+
+    /**
+     * Returns the module's level.
+     *
+     * @return the level that the module has now
+     */
+    public Level level() {
+        return Level.of(read(level));
+    }
+
+    /**
+     * Sets the module's level, and not that of modules that it is linked to.
+     *
+     * @param to the new level
+     */
+    public void setLevel(Level to) {
+        write(level, to.ordinal());
+    }
+
+    /**
+     * Returns the level that a reset gives the module.
+     *
+     * @return the default level of the module's component
+     */
+    public Level defaultLevel() {
+        return defaultLevel;
+    }
+
+    /**
+     * Tests whether the component is to check itself to some extent.
+     *
+     * @param check the extent
+     * @return true if the module's sanity level is that one or a more thorough one
+     */
+    public boolean isChecked(Sanity check) {
+        return Integer.compareUnsigned(read(sanity), check.ordinal()) >= 0;
+    }
+
+    /**
+     * Returns the module's sanity level.
+     *
+     * @return the sanity level that the module has now
+     */
+    public Sanity sanity() {
+        return Sanity.of(read(sanity));
+    }
+
+    /**
+     * Sets the module's sanity level, and not that of modules that it is linked to.
+     *
+     * @param to the new sanity level
+     */
+    public void setSanity(Sanity to) {
+        write(sanity, to.ordinal());
+    }
+
+    /**
+     * Returns the sanity level that a reset gives the module.
+     *
+     * @return the default sanity level of the module's component
+     */
+    public Sanity defaultSanity() {
+        return defaultSanity;
+    }
+
+    /**
+     * Prints a message if its level is enabled. Where making the text costs something, test
+     * {@link #isEnabled} first and {@link #print} it.
+     *
+     * @param at the message's level
+     * @param text the finished message
+     */
+    public void log(Level at, String text) {
+        if (isEnabled(at)) {
+            print(at, text);
+        }
+    }
+
+    /**
+     * Prints a message whatever the module's level is: one line with the module's decorations, on
+     * the module's stream, whole and flushed. The text is printed as it is, up to 1022 bytes in the
+     * virtual machine's UTF-8.
+     *
+     * @param at the message's level, which the line may show
+     * @param text the finished message
+     * @throws NullPointerException if the text is null
+     */
+    public void print(Level at, String text) {
+        output(module, at.ordinal(), text);
+    }
+
+    /** Returns the module's name. */
+    @Override
+    public String toString() {
+        return name();
+    }
+
+    // Opaque: each call reads the word anew, also in a loop that waits for a level to change.
+    private static int read(ByteBuffer word) {
+        return (int) WORD.getOpaque(word, 0);
+    }
+
+    private static void write(ByteBuffer word, int value) {
+        WORD.setOpaque(word, 0, value);
+    }
+}

@@ -1,0 +1,17 @@
+package veltra.kestrum.os;
+
+/** The running process as the platform layer sees it. */
+public final class Process {
+    static {
+        NativeLibrary.load();
+    }
+
+    private Process() {}
+
+    /**
+     * Returns the id of the running process.
+     *
+     * @return the process id, as on log lines decorated with it
+     */
+    public static native int getpid();
+}
