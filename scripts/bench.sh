@@ -27,6 +27,12 @@ for source in bench/*_bench.cpp; do
         > "$results/$name.txt" 2>&1 || { cat "$results/$name.txt" >&2; exit 1; }
     files+=("$results/$name.json")
 done
+if [[ java == *"$filter"* ]]; then
+    printf '== java (%ds)\n' "$SECONDS"
+    java -Djava.library.path=$build/lib -cp $build/lib/kxutil.jar:$build/bin/java_bench.jar \
+        JavaBench "$work" > "$results/java_bench.json"
+    files+=("$results/java_bench.json")
+fi
 if [ ${#files[@]} -eq 0 ]; then
     echo "bench.sh: no facility is named like '$filter'" >&2
     exit 2
