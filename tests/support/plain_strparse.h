@@ -23,8 +23,7 @@ inline u8 plain_multiplier(char suffix) {
 }
 
 inline bool plain_is_hex_char(char c) {
-    const int lower = std::tolower(static_cast<unsigned char>(c));
-    return (lower >= 'a' && lower <= 'f') || lower == 'x';
+    return c != '\0' && std::strchr("abcdefxABCDEFX", c) != nullptr;
 }
 
 inline Parsed<u8> plain_number(const char* text, bool undecorated_hex, bool allow_negative) {

@@ -1,6 +1,7 @@
 #include "util/export/arguments.h"
 
 #include <gtest/gtest.h>
+#include <bit>
 #include <cmath>
 
 TEST(ArgConvert, StoresOnlyWhatConverts) {
@@ -39,79 +40,66 @@ TEST(ArgConvert, StoresOnlyWhatConverts) {
     EXPECT_STREQ(error, "untouched");
 }
 
-// A value and its bounds in the bytes of their type.
-struct BoundsCase {
-    ArgType type;
-    ArgVal value, minimum, maximum;
-    int result;
-    const char* message = "untouched";
-};
-
-static ArgVal of(const char* text) {
-    ArgVal v;
-    v.vpcchar = text;
-    return v;
-}
-static ArgVal of(double d) {
-    ArgVal v;
-    v.vdouble = d;
-    return v;
-}
-static ArgVal of(s8 number) {
-    ArgVal v;
-    v.vs8 = number;
-    return v;
+static s8 bits(double value) {
+    return std::bit_cast<s8>(value);
 }
 
 static const char STRINGS[] = "low\0mid\0top";
 
+static s8 string(size_t offset) {
+    return reinterpret_cast<s8>(STRINGS + offset);
+}
+
+struct BoundsCase {
+    ArgType type;
+    s8 value, bounds[2];
+    int result;
+    const char* message = "untouched";
+};
+
 const BoundsCase BOUNDS_CASES[] = {
-    {TYPE_bool, of(s8{1}), of(s8{0}), of(s8{0}), 1,
-     "(trueB) is more than maximum allowed (falseB)"},
-    {TYPE_bool, of(s8{0}), of(s8{1}), of(s8{1}), -1,
-     "(falseB) is less than minimum required (trueB)"},
-    {TYPE_int, of(s8{5}), of(s8{10}), of(s8{20}), -1, "(5B) is less than minimum required (10B)"},
-    {TYPE_int, of(s8{20}), of(s8{10}), of(s8{20}), 0},
-    {TYPE_int, of(s8{10}), of(s8{10}), of(s8{20}), 0},
-    {TYPE_int, of(s8{-1}), of(s8{-9}), of(s8{-2}), 1, "(-1B) is more than maximum allowed (-2B)"},
-    {TYPE_int, of(s8{5}), of(s8{9}), of(s8{1}), -1, "(5B) is less than minimum required (9B)"},
-    {TYPE_s8, of(INT64_MIN), of(s8{0}), of(s8{1}), -1,
-     "(-9223372036854775808B) is less than minimum required (0B)"},
-    {TYPE_double, of(0.5), of(1.0), of(2.0), -1,
+    {TYPE_bool, 1, {0, 0}, 1, "(trueB) is more than maximum allowed (falseB)"},
+    {TYPE_bool, 0, {1, 1}, -1, "(falseB) is less than minimum required (trueB)"},
+    {TYPE_int, 5, {10, 20}, -1, "(5B) is less than minimum required (10B)"},
+    {TYPE_int, 20, {10, 20}, 0},
+    {TYPE_int, 10, {10, 20}, 0},
+    {TYPE_int, -1, {-9, -2}, 1, "(-1B) is more than maximum allowed (-2B)"},
+    {TYPE_int, 5, {9, 1}, -1, "(5B) is less than minimum required (9B)"},
+    {TYPE_s8, INT64_MIN, {0, 1}, -1, "(-9223372036854775808B) is less than minimum required (0B)"},
+    {TYPE_double,
+     bits(0.5),
+     {bits(1), bits(2)},
+     -1,
      "(0.500000B) is less than minimum required (1.000000B)"},
-    {TYPE_double, of(NAN), of(1.0), of(2.0), 0},
-    {TYPE_size_t, of(s8{1} << 20), of(s8{2} << 20), of(s8{3} << 20), -1,
-     "(1MB) is less than minimum required (2MB)"},
-    {TYPE_size_t, of(s8{-1}), of(s8{0}), of(s8{1536}), 1,
-     "(18446744073709551615B) is more than maximum allowed (1536B)"},
-    {TYPE_u8, of(s8{-1}), of(s8{0}), of(s8{1} << 30), 1,
-     "(-1B) is more than maximum allowed (1GB)"},
-    {TYPE_nanotime, of(s8{500000000}), of(s8{1000000000}), of(s8{0}), -1,
-     "(500msB) is less than minimum required (1sB)"},
-    {TYPE_nanotime, of(s8{-1000}), of(s8{0}), of(s8{0}), -1,
-     "(-1000nsB) is less than minimum required (0sB)"},
-    {TYPE_pcchar, of(STRINGS), of(STRINGS + 4), of(STRINGS + 8), -1,
+    {TYPE_double, bits(NAN), {bits(1), bits(2)}, 0},
+    {TYPE_size_t, 1 << 20, {2 << 20, 3 << 20}, -1, "(1MB) is less than minimum required (2MB)"},
+    {TYPE_size_t, -1, {0, 1536}, 1, "(18446744073709551615B) is more than maximum allowed (1536B)"},
+    {TYPE_u8, -1, {0, 1 << 30}, 1, "(-1B) is more than maximum allowed (1GB)"},
+    {TYPE_nanotime, 500000000, {1000000000, 0}, -1, "(500msB) is less than minimum required (1sB)"},
+    {TYPE_nanotime, -1000, {0, 0}, -1, "(-1000nsB) is less than minimum required (0sB)"},
+    {TYPE_pcchar,
+     string(0),
+     {string(4), string(8)},
+     -1,
      "(lowB) is less than minimum required (midB)"},
-    {TYPE_pcchar, of(STRINGS + 8), of(s8{0}), of(s8{0}), 1,
-     "(topB) is more than maximum allowed ((null)B)"},
-    {TYPE_pvoid, of(s8{-1}), of(s8{0}), of(s8{0x10}), 1,
-     "(0xffffffffffffffffB) is more than maximum allowed (0x10B)"},
-    {static_cast<ArgType>(9), of(s8{5}), of(s8{10}), of(s8{20}), 0},
+    {TYPE_pcchar, string(8), {0, 0}, 1, "(topB) is more than maximum allowed ((null)B)"},
+    {TYPE_pvoid, -1, {0, 16}, 1, "(0xffffffffffffffffB) is more than maximum allowed (0x10B)"},
+    {static_cast<ArgType>(9), 5, {10, 20}, 0},
 };
 
 TEST(ArgCheckBounds, ExplainsABrokenBoundInTheTypesOwnWords) {
-    for (BoundsCase c : BOUNDS_CASES) {
+    for (const BoundsCase& c : BOUNDS_CASES) {
         const size_t width = c.type == TYPE_bool ? 1 : c.type == TYPE_int ? 4 : 8;
-        alignas(8) char bounds[16];
-        memcpy(bounds, &c.minimum, width);
-        memcpy(bounds + width, &c.maximum, width);
-        char message[128] = "untouched";
-        EXPECT_EQ(argCheckBounds(c.type, &c.value, bounds, message, sizeof message), c.result)
-            << c.message;
+        char bounds[16], message[128] = "untouched", cut[8] = "#";
+        memcpy(bounds, &c.bounds[0], width);
+        memcpy(bounds + width, &c.bounds[1], width);
+        ArgVal value;
+        value.vs8 = c.value;
+        SCOPED_TRACE(c.message);
+        EXPECT_EQ(argCheckBounds(c.type, &value, bounds, message, sizeof message), c.result);
         EXPECT_STREQ(message, c.message);
-        EXPECT_EQ(argCheckBounds(c.type, &c.value, bounds, nullptr, 0), c.result) << c.message;
-        char cut[8] = "#";
-        argCheckBounds(c.type, &c.value, bounds, cut, sizeof cut);
+        EXPECT_EQ(argCheckBounds(c.type, &value, bounds, cut, sizeof cut), c.result);
         EXPECT_EQ(std::string(cut), c.result == 0 ? "#" : std::string(c.message).substr(0, 7));
+        EXPECT_EQ(argCheckBounds(c.type, &value, bounds, nullptr, 0), c.result);
     }
 }
