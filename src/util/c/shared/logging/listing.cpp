@@ -42,7 +42,8 @@ void module_list_sort(ModuleList* list) {
     qsort(list->modules, list->count, sizeof(logmodule*), compare_module);
 }
 
-// Keeps a module that is its own master and was not met before.
+// Keeps a module that is its own master and was not met before. Looking at all of them is quick
+// enough for the few dozen modules that there are.
 static void keep_module(ModuleList* list, logmodule* m) {
     logmodule** const end = list->modules + list->count;
     if (m->link == nullptr && list->count < list->capacity &&

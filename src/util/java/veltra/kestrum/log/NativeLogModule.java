@@ -25,7 +25,8 @@ import veltra.kestrum.os.NativeLibrary;
  * }
  * }</pre>
  *
- * <p>All methods may be called from any thread.
+ * <p>All methods may be called from any thread. Null, where a name, a level or a text is wanted,
+ * gives a {@link NullPointerException}.
  */
 public final class NativeLogModule {
     /** How much a module tells, and how important a message is. */
@@ -74,6 +75,7 @@ public final class NativeLogModule {
     private static final VarHandle WORD =
             MethodHandles.byteBufferViewVarHandle(int[].class, ByteOrder.nativeOrder());
     private static final ConcurrentMap<String, NativeLogModule> MODULES = new ConcurrentHashMap<>();
+    // Of no module: the native that finds modules is an instance method.
     private static final NativeLogModule FINDER;
 
     static {
@@ -113,7 +115,8 @@ public final class NativeLogModule {
      *
      * <p>Of several components with a module of that name, the one loaded last is meant, as in
      * option strings. A module that was found once is remembered under that name: the same name
-     * gives the same object, also after another component with such a module is loaded.
+     * gives the same object, also after another component with such a module is loaded. Name and
+     * alias give two objects for one module.
      *
      * @param name the name or alias; upper and lower case differ
      * @return the module
@@ -130,6 +133,7 @@ public final class NativeLogModule {
      *
      * @return the names, without aliases, sorted by their bytes; a name comes up once for each
      *     component that has such a module
+     * @throws OutOfMemoryError if there is no memory for the list
      */
     public static List<String> names() {
         return List.of(getModuleNames0());
@@ -156,11 +160,11 @@ public final class NativeLogModule {
     /**
      * Tests whether messages of a level are to be printed, at the price of reading one word.
      *
-     * @param message the message's level
+     * @param at the message's level
      * @return true if the module's level is that one or a more talkative one
      */
-    public boolean isEnabled(Level message) {
-        return Integer.compareUnsigned(read(level), message.ordinal()) >= 0;
+    public boolean isEnabled(Level at) {
+        return Integer.compareUnsigned(read(level), at.ordinal()) >= 0;
     }
 
     /**
@@ -229,7 +233,8 @@ public final class NativeLogModule {
 
     /**
      * Prints a message if its level is enabled. Where making the text costs something, test
-     * {@link #isEnabled} first and {@link #print} it.
+     * {@link #isEnabled} first and {@link #print} it. Whether the text is null shows only when it is
+     * printed.
      *
      * @param at the message's level
      * @param text the finished message
@@ -242,8 +247,8 @@ public final class NativeLogModule {
 
     /**
      * Prints a message whatever the module's level is: one line with the module's decorations, on
-     * the module's stream, whole and flushed. The text is printed as it is, up to 1022 bytes in the
-     * virtual machine's UTF-8.
+     * the module's stream, whole and flushed. The text is printed as it is and cut after 1022 bytes of
+     * the virtual machine's UTF-8, within a character if need be.
      *
      * @param at the message's level, which the line may show
      * @param text the finished message

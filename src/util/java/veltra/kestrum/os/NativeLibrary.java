@@ -43,7 +43,7 @@ public final class NativeLibrary {
             System.load(file.toString());
         } catch (UnsatisfiedLinkError e) {
             throw explained("Cannot load " + file + ", in the folder that -D" + FOLDER_PROPERTY
-                    + " names", e);
+                    + " names (" + e.getMessage() + ")", e);
         }
     }
 
@@ -59,7 +59,7 @@ public final class NativeLibrary {
     }
 
     private static UnsatisfiedLinkError explained(String message, UnsatisfiedLinkError cause) {
-        UnsatisfiedLinkError error = new UnsatisfiedLinkError(message + " (" + cause.getMessage() + ")");
+        UnsatisfiedLinkError error = new UnsatisfiedLinkError(message);
         error.initCause(cause);
         return error;
     }
