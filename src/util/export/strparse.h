@@ -22,13 +22,13 @@ extern "C" {
 //
 // White space, a minus sign where the parser allows one, the number, and at most one multiplier:
 // k, m or g in either case, for 1024 and its powers. The number is decimal; "0x" before it or 'h'
-// behind it makes it hexadecimal: "0x10k" and "10hk" are both 16384. What follows the multiplier
-// is ignored: "12kb" is "12k". The digits are read as sscanf() reads them with %lu or %lx, which
-// accept a '+' of their own, for example. A number or product beyond 64 bits is not noticed: it
-// gives some number.
+// behind decimal digits makes it hexadecimal: "0x10k" and "10hk" are both 16384, and digits beyond
+// 9 need "0x". What follows the multiplier is ignored: "12kb" is "12k". The digits are read as
+// sscanf() reads them with %lu or %lx, which accept a '+' of their own, for example. A number or
+// product beyond 64 bits is not noticed: it gives some number.
 //
 // On failure `*value` is untouched and the reason is one of
-//   "could not parse number"       no digits, or letters of hexadecimal digits without "0x" or 'h'
+//   "could not parse number"       no digits, or letters of hexadecimal digits without "0x"
 //   "illegal suffix"               the character after the number is no multiplier
 //   "negative value not allowed"   a minus sign
 

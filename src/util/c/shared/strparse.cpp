@@ -14,6 +14,7 @@
 #include <ctype.h>
 #include <stdio.h>
 #include <string.h>
+#include <bit>
 
 // Always false, so that a parser returns it.
 static bool fail(const char** error_msg, const char* message) {
@@ -227,7 +228,11 @@ bool strToSuffixSize(const char* str, size_t* value, const char** error_msg) {
 }
 
 bool strToSuffixAddress(const char* str, void** value, const char** error_msg) {
-    return read_integer(str, reinterpret_cast<u8*>(value), true, false, error_msg);
+    u8 address;
+    if (!read_integer(str, &address, true, false, error_msg))
+        return false;
+    *value = std::bit_cast<void*>(address);
+    return true;
 }
 
 // Reads an exponent such as "e-7", if there is one. Null when it is incomplete or of many digits.
@@ -284,7 +289,7 @@ bool strToSuffixDouble(const char* str, double* value, const char** error_msg) {
     if (read_double(str, value))
         return true;
     char suffix = '\0';
-    if (sscanf(str, "%lf%c", value, &suffix) <= 0)  // NOLINT(cert-err34-c): its rules count
+    if (sscanf(str, "%lf%c", value, &suffix) <= 0)
         return fail(error_msg, "illegal floating point value");
     if (shift_of(suffix) == NO_MULTIPLIER)
         return fail(error_msg, "illegal suffix");
@@ -324,7 +329,8 @@ bool strToSuffixNanoTime(const char* str, nanotime* pvalue, const char** error_m
         return fail(error_msg, "syntax error");
     s8 v = static_cast<s8>(negative ? -number : number);
     if (end - p > MAX_SIGNED_DIGITS)
-        sscanf(str, "%ld", &v);  // NOLINT(cert-err34-c): likewise
+        if (sscanf(str, "%ld", &v) != 1)
+            return fail(error_msg, "syntax error");
     p = skip_space(end);
     if (*p == '\0') {
         if (v != 0)

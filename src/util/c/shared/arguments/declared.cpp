@@ -197,7 +197,7 @@ static inline argInfo* find_argument(const Finder& finder, const char* name, siz
 }
 
 // Gives an item to its argument. Both strings are terminated and lie in the context's copy.
-static int take_item(argsParse* args, argInfo* arg, const char* name, const char* value) {
+static int accept_item(argsParse* args, argInfo* arg, const char* name, const char* value) {
     if (arg->handled != 0 && !arg->multiple)
         return error(args, "Duplicate parameter %s", name);
     const char* reason = "";
@@ -215,7 +215,7 @@ static int add_argument(argsParse* args, const Finder& finder, const ArgIter& it
     name[item.n_len] = '\0';
     value[item.v_len] = '\0';
     if (argInfo* arg = find_argument(finder, name, item.n_len))
-        return take_item(args, arg, name, value);
+        return accept_item(args, arg, name, value);
     const argInfo* const sink = finder.sink;
     if (sink == nullptr)
         return error(args, "Unknown parameter %s", name);
