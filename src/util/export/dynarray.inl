@@ -146,8 +146,8 @@ DYNARRAY_BODY int dynArrayAddLast(DynArrayP da, void* elemPtr) {
     if (__builtin_expect(da->size >= da->capacity, 0))
         return dynArraySet(da, da->size, elemPtr);
     void* last = _da_at(da, da->size);
-    da->size++;
     _da_copy(last, elemPtr, da->elemSize);
+    da->size++;
     return 0;
 }
 

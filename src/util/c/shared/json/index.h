@@ -20,12 +20,14 @@ constexpr size_t INDEXED_BYTES = 4096;
 constexpr int BITS_AT_ONCE = 57;
 
 struct Index {
-    using Bits = u8[INDEXED_BYTES / 64 + 1];  // the last word is never a stretch's own
+    // One word more than a stretch has, because bits are taken eight bytes at once from any byte
+    // on.
+    using Bits = u8[INDEXED_BYTES / 64 + 1];
 
     const char* begin;  // of the stretch
     size_t bytes;       // of the stretch, as far as scans may start there; 0 at first
-    Bits string_stops;  // double quote, backslash, control characters, U+0000, the end
-    Bits word_stops;    // blanks and control characters, delimiters, U+0000, the end
+    Bits string_stops;  // double quote, backslash, control characters, C0, the end
+    Bits word_stops;    // blanks and control characters, delimiters, C0, the end
     Bits significant;   // all but blanks and control characters; the end
 };
 

@@ -54,6 +54,11 @@ static inline bool is_digit(char c) {
 // shown.
 [[noreturn]] void fail(json* js, const char* extract, const char* pos, const char* message);
 
+// The same for a character that should not be where it is.
+[[noreturn]] static inline void fail_at(json* js, const char* p, const char* message) {
+    fail(js, p, p, message);
+}
+
 // Delivers the event of the token at `token`, which ends before `pos`.
 static inline void deliver(json* js, const char* token, const char* pos, JSONType type,
                            const JSONVal* value) {
@@ -70,23 +75,25 @@ static inline void deliver_text(json* js, const char* token, const char* pos, JS
     deliver(js, token, pos, type, &value);
 }
 
-// Grows the token buffer for `count` more bytes beside the one that stays free.
-void grow_buffer(json* js, size_t count, const char* token, const char* pos);
+// The token buffer. Whoever fills it has stored the token's start in `extract`, which errors then
+// show; `pos` is where the cursor is.
 
-static inline void make_room(json* js, size_t count, const char* token, const char* pos) {
+// Grows the buffer for `count` more bytes beside the one that stays free.
+void grow_buffer(json* js, size_t count, const char* pos);
+
+static inline void make_room(json* js, size_t count, const char* pos) {
     if (js->used + count >= js->size) [[unlikely]]
-        grow_buffer(js, count, token, pos);
+        grow_buffer(js, count, pos);
 }
 
-static inline void append(json* js, const char* bytes, size_t count, const char* token,
-                          const char* pos) {
-    make_room(js, count, token, pos);
+static inline void append(json* js, const char* bytes, size_t count, const char* pos) {
+    make_room(js, count, pos);
     memcpy(js->buffer + js->used, bytes, count);
     js->used += count;
 }
 
-static inline void terminate(json* js, const char* token, const char* pos) {
-    make_room(js, 1, token, pos);
+static inline void terminate(json* js, const char* pos) {
+    make_room(js, 1, pos);
     js->buffer[js->used] = '\0';
 }
 

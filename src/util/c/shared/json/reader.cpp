@@ -45,8 +45,7 @@ static char* resize(json* js, char* block, const char* built_in, size_t used, si
     return grown;
 }
 
-void grow_buffer(json* js, size_t count, const char* token, const char* pos) {
-    js->extract = token;
+void grow_buffer(json* js, size_t count, const char* pos) {
     js->pos = pos;
     while (js->used + count >= js->size) {
         js->buffer = resize(js, js->buffer, js->static_buf, js->used, js->size + TOKEN_STEP);
@@ -80,7 +79,8 @@ static inline bool in_object(const json* js) {
     return js->depth > 0 && js->open[js->depth - 1] == JSON_OBJECT_END;
 }
 
-// What follows a member's value, first looked at from p on: the next member, or the closing brace.
+// What follows a member's value, first looked at from p on: the closing brace, or the next member,
+// perhaps after blanks.
 static inline const char* read_separator(json* js, const char* p) {
     if (*p == ',' && !is_blank(p[1]) && p[1] != '/') [[likely]]
         return p + 1;
@@ -88,7 +88,7 @@ static inline const char* read_separator(json* js, const char* p) {
     if (*p == ',' || *p == ';')
         return next_clean(js, p + 1);
     if (*p != '}')
-        fail(js, p, p, "Bad character");
+        fail_at(js, p, "Bad character");
     return p;
 }
 
@@ -113,14 +113,14 @@ static inline const char* end_container(json* js, const char* bracket) {
 // Reads a member's key and what stands between it and the value.
 [[gnu::always_inline]] static inline const char* read_key(json* js, const char* key) {
     if (is_end(*key))
-        fail(js, key, key, "Object must end with '}'");
+        fail_at(js, key, "Object must end with '}'");
     const char* p = begins_string(*key) ? scan_string(js, key) : scan_word(js, key);
     deliver_text(js, key, p, JSON_KEY);
     if (*p == ':' && !is_blank(p[1]) && p[1] != '/') [[likely]]
         return p + 1;
     p = next_clean(js, p);
     if (*p != ':' && *p != '=')
-        fail(js, p, p, "Unexpected char");
+        fail_at(js, p, "Unexpected char");
     return next_clean(js, p + 1);
 }
 
@@ -153,7 +153,7 @@ static const char* read_elements(json* js, const char* p) {
 static void read_document(json* js) {
     const char* p = next_clean(js, js->start);
     if (!begins_container(*p))
-        fail(js, p, p, "Object must start with '{'");
+        fail_at(js, p, "Object must start with '{'");
     p = begin_container(js, p);
     while (js->depth > 0)
         p = in_object(js) ? read_members(js, p) : read_elements(js, p);
@@ -200,29 +200,18 @@ int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errle
     return result;
 }
 
-// Reads the `size` bytes of the open file into memory and parses them.
-static int parse_open_file(fio_fd fd, filesize size, const char* path, json_cb cb, void* arg,
-                           char* errbuf, size_t errlen) {
+// Memory for a file of that size and a terminator; null with a message.
+static char* allocate_text(filesize size, const char* path, char* errbuf, size_t errlen) {
     if (size > INT_MAX) {
         kestrum_util_snprintf(errbuf, errlen, "Too large file: %s", path);
-        return -1;
+        return nullptr;
     }
     const size_t bytes = size < 0 ? 0 : static_cast<size_t>(size);
     char* const text = static_cast<char*>(gsMalloc(bytes + 1));
-    if (text == nullptr) {
+    if (text == nullptr)
         kestrum_util_snprintf(errbuf, errlen, "Could not allocate %lu%sB bytes",
                               scaledownSize(bytes), scaledDownSizeSuffix(bytes));
-        return -1;
-    }
-    int result = -1;
-    if (fio_read_fully(fd, text, static_cast<int>(bytes)) != size) {
-        kestrum_util_snprintf(errbuf, errlen, "Could not read %s", path);
-    } else {
-        text[bytes] = '\0';
-        result = jsonParse(text, cb, arg, errbuf, errlen);
-    }
-    gsFree(text);
-    return result;
+    return text;
 }
 
 int jsonParseFile(const char* path, json_cb cb, void* arg, char* errbuf, size_t errlen) {
@@ -231,8 +220,18 @@ int jsonParseFile(const char* path, json_cb cb, void* arg, char* errbuf, size_t 
         kestrum_util_snprintf(errbuf, errlen, "Could not open %s", path);
         return -1;
     }
-    const int result = parse_open_file(fd, fio_fdsize(fd), path, cb, arg, errbuf, errlen);
+    const filesize size = fio_fdsize(fd);
+    char* const text = allocate_text(size, path, errbuf, errlen);
+    int result = -1;
+    if (text != nullptr && (size < 0 || fio_read_fully(fd, text, static_cast<int>(size)) != size)) {
+        kestrum_util_snprintf(errbuf, errlen, "Could not read %s", path);
+    } else if (text != nullptr) {
+        text[size] = '\0';
+        result = jsonParse(text, cb, arg, errbuf, errlen);
+    }
     fio_close(fd);
+    if (text != nullptr)
+        gsFree(text);
     return result;
 }
 

@@ -77,21 +77,21 @@ static inline int plain_hex(const char* p, int count) {
 }
 
 // The value of any `count` characters as the platform reads them; moves the cursor past them.
-static wchar_t scanned_hex(json* js, const char* token, const char** cursor, int count) {
+static wchar_t scanned_hex(json* js, const char** cursor, int count) {
     wchar_t text[5] = {};
     for (int i = 0; i < count; i++) {
         text[i] = next_utf2wchar(cursor);
         if (text[i] == 0)
-            fail(js, token, *cursor, "Unexpected end of input");
+            fail(js, js->extract, *cursor, "Unexpected end of input");
     }
     unsigned value;
     if (swscanf(text, L"%x", &value) != 1)
-        fail(js, token, *cursor, "Bad format number");
+        fail(js, js->extract, *cursor, "Bad format number");
     return static_cast<wchar_t>(value);
 }
 
 // The end of the escape whose backslash is at p; its character goes to the token buffer.
-static const char* scan_escape(json* js, const char* token, const char* p) {
+static const char* scan_escape(json* js, const char* p) {
     const char name = p[1];
     p += 2;
     if (name == 'u' || name == 'x') {
@@ -100,26 +100,26 @@ static const char* scan_escape(json* js, const char* token, const char* p) {
         if (c >= 0)
             p += count;
         else
-            c = scanned_hex(js, token, &p, count);
+            c = scanned_hex(js, &p, count);
         char bytes[3];
         const unsigned length = wchar2utf8(bytes, c);
-        append(js, bytes, length, token, p);
+        append(js, bytes, length, p);
     } else {
         const char character = ESCAPES.character[byte_of(name)];
         if (character == '\0')
-            fail(js, token, p, "Bad escape sequence");
-        append(js, &character, 1, token, p);
+            fail(js, js->extract, p, "Bad escape sequence");
+        append(js, &character, 1, p);
     }
     return p;
 }
 
 // Copies what stopped a scan at p, other than the closing quote.
-static const char* scan_special(json* js, const char* token, const char* p) {
+static const char* scan_special(json* js, const char* p) {
     if (*p == '\\')
-        return scan_escape(js, token, p);
+        return scan_escape(js, p);
     if (is_end(*p) || *p == '\n' || *p == '\r')
-        fail(js, token, p + 1, "Unterminated string");
-    append(js, p, 1, token, p);
+        fail(js, js->extract, p + 1, "Unterminated string");
+    append(js, p, 1, p);
     return p + 1;
 }
 
@@ -175,18 +175,19 @@ static size_t plain_bytes(json* js, const char* p, char quote) {
 const char* scan_any_string(json* js, const char* token) {
     const char quote = *token;
     const char* p = token + 1;
+    js->extract = token;
     js->used = 0;
     while (true) {
         if (quote == '"')
             p = copy_swiftly(js, p);
         const size_t plain = plain_bytes(js, p, quote);
-        append(js, p, plain, token, p);
+        append(js, p, plain, p);
         p += plain;
         if (*p == quote)
             break;
         if (plain == 0)
-            p = scan_special(js, token, p);
+            p = scan_special(js, p);
     }
-    terminate(js, token, p);
+    terminate(js, p);
     return p + 1;
 }

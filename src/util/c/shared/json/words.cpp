@@ -14,10 +14,11 @@ const char* scan_word(json* js, const char* token) {
     while ((end = near_word_end(js, p)) == nullptr)
         p += BITS_AT_ONCE;
     if (end == token)
-        fail(js, token, token, "Missing value");
+        fail_at(js, token, "Missing value");
+    js->extract = token;
     js->used = 0;
-    append(js, token, static_cast<size_t>(end - token), token, end);
-    terminate(js, token, end);
+    append(js, token, static_cast<size_t>(end - token), end);
+    terminate(js, end);
     return end;
 }
 
