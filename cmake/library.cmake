@@ -10,6 +10,8 @@ function(kx_add_library name map)
     target_link_options(${name} PRIVATE
         "LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map}" LINKER:-Bsymbolic-functions
         LINKER:--no-undefined-version LINKER:-z,relro,-z,now,-z,noexecstack,-z,text)
+    # No version in the file names: the virtual machine loads the library by its plain name, and a
+    # platform layer that replaces ours has the same one.
     set_target_properties(${name} PROPERTIES
         LINK_DEPENDS "${PROJECT_SOURCE_DIR}/${map}"
         BUILD_WITH_INSTALL_RPATH ON

@@ -4,9 +4,10 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev git
-    clang clang-format clang-tidy libclang-rt-dev shellcheck python3)
+    clang clang-format clang-tidy libclang-rt-dev shellcheck python3
+    pkg-config dpkg-dev file)
 bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
-    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev pkg-config
+    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
     rapidjson-dev libyajl-dev nlohmann-json3-dev)
 
 # Any Java development kit from 17 on will do.
