@@ -144,7 +144,11 @@ LOG_STATIC_ASSERT(sizeof(logmodule) == 72 && offsetof(logmodule, names) == 8 &&
                       offsetof(logmodule, pSanityLevel) == 40 && offsetof(logmodule, log) == 48 &&
                       offsetof(logmodule, link) == 56 && offsetof(logmodule, decorations) == 68,
                   "layout of logmodule");
-LOG_STATIC_ASSERT(sizeof(logger) == 176 && offsetof(logger, obsoletes) == 32 &&
+LOG_STATIC_ASSERT(sizeof(log_extended_decorator) == 16 &&
+                      offsetof(log_extended_decorator, func) == 8,
+                  "layout of log_extended_decorator");
+LOG_STATIC_ASSERT(sizeof(logger) == 176 && offsetof(logger, num_loggers) == 8 &&
+                      offsetof(logger, num_obsoletes) == 24 && offsetof(logger, obsoletes) == 32 &&
                       offsetof(logger, msg_default) == 40 &&
                       offsetof(logger, sanity_default) == 44 &&
                       offsetof(logger, extended_decorators) == 48 &&

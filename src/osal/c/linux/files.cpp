@@ -12,6 +12,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+static_assert(sizeof(fio_fd) == 4 && sizeof(filesize) == 8);
+
 fio_fd fio_open(const char* path, int flags) {
     int mode = O_RDONLY;
     if ((flags & FIO_WRITE) != 0)

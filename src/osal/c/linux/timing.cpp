@@ -10,6 +10,8 @@
 #include <string.h>
 #include <time.h>
 
+static_assert(sizeof(TimeBuffer) == 30 && sizeof(nanotime) == 8 && sizeof(counterfreq) == 8);
+
 constexpr nanotime NANOS_PER_SECOND = 1'000'000'000;
 constexpr nanotime NANOS_PER_MILLI = 1'000'000;
 

@@ -10,6 +10,8 @@
 #include <pthread.h>
 #include <atomic>
 
+static_assert(sizeof(TLSKey) == 4 && sizeof(osalError) == 4);
+
 constexpr unsigned NUM_FAST_SLOTS = 8;  // the array takes room in every thread
 constexpr TLSKey FAST = 0x80000000;
 

@@ -2,3 +2,7 @@
 
 #define DYNARRAY_BODY
 #include "util/export/dynarray.inl"
+
+static_assert(sizeof(DynArray) == 40 && offsetof(DynArray, data) == 8 &&
+              offsetof(DynArray, capacity) == 16 && offsetof(DynArray, elemSize) == 24 &&
+              offsetof(DynArray, size) == 32);

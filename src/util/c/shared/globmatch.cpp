@@ -15,6 +15,9 @@
 #include <stdarg.h>
 #include <string.h>
 
+static_assert(sizeof(pattern) == 16 && offsetof(pattern, type) == 8 && sizeof(MatchType) == 4);
+static_assert(sizeof(patternset) == 16 && offsetof(patternset, num_patterns) == 8);
+
 // One string.
 struct Text {
     const char* begin;

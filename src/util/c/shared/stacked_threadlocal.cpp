@@ -7,7 +7,11 @@
 
 #include "osal/export/osal_threads.h"
 
+#include <stddef.h>
 #include <stdlib.h>
+
+static_assert(sizeof(__tlnode) == 24 && offsetof(__tlnode, next) == 8 &&
+              offsetof(__tlnode, data) == 16);
 
 static TLSKey tls;  // written once, at load
 

@@ -4,6 +4,9 @@
 
 #include <limits.h>
 
+static_assert(sizeof(streamwriter) == 1048 && offsetof(streamwriter, buf_pos) == 1024 &&
+              offsetof(streamwriter, stream_pos) == 1032 && offsetof(streamwriter, out) == 1040);
+
 // stream_pos follows what was meant to be written, so that the positions of later writes do not
 // depend on a failure that nobody sees.
 static void write_out(streamwriter* w, const void* bytes, size_t len) {

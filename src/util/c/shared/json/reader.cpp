@@ -25,6 +25,8 @@
 #include <stdarg.h>
 #include <stdlib.h>
 
+static_assert(sizeof(JSONVal) == 16 && offsetof(JSONVal, str.length) == 8 && sizeof(JSONType) == 4);
+
 static __slkey jsonkey = &jsonkey;  // finds the calling thread's innermost parse
 
 void fail(json* js, const char* extract, const char* pos, const char* message) {
