@@ -39,8 +39,8 @@ if [ "$needed" != any ]; then
     expected=$(printf 'libc.so.6,%s' "$needed" | tr ',' '\n' | grep . | sort)
     actual=$(readelf -d "$library" | sed -nE 's/.*\(NEEDED\).*\[(.*)\]/\1/p' | sort)
     compare "needed libraries" "$expected" "$actual"
-    guards=$(nm -D --undefined-only "$library" | grep -oE "\b(__stack_chk_fail|(__)?vsnprintf(_chk)?)\b" | sort)
-    compare "guards" $'__stack_chk_fail\n__vsnprintf_chk' "$guards"
+    guards=$(nm -D --undefined-only "$library" | grep -oE "\b__\w+_chk(_fail)?\b" | sed "s/__.*_chk$/checked/" | sort -u)
+    compare "guards" $'__stack_chk_fail\nchecked' "$guards"
     foreign=$(nm -D --undefined-only "$library" | awk '$1 == "U" && $2 !~ /@GLIBC/ {print $2}' | sort)
     provided=$(for provider in "$@"; do nm -D --defined-only "$provider"; done | awk '{print $NF}' | sort)
     compare "functions of nobody" "" "$(comm -23 <(echo "$foreign") <(echo "$provided"))"
