@@ -6,14 +6,8 @@
 #include <unistd.h>
 #include <string>
 
-TEST(Memory, ResizingKeepsTheBlockWhenItFails) {
-    int* block = static_cast<int*>(msRealloc(globalMSpace(), nullptr, sizeof(int)));
-    *block = 417;
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they end the process
-    static volatile size_t too_much = ~size_t{0} / 2;  // the compiler refuses a known one
-    EXPECT_EQ(msRealloc(globalMSpace(), block, too_much), nullptr);
-#endif
-    EXPECT_EQ(*block, 417);
+TEST(Memory, ResizingToNothingKeepsABlock) {
+    void* block = msRealloc(globalMSpace(), nullptr, sizeof(int));
     void* empty = msRealloc(globalMSpace(), block, 0);
     EXPECT_NE(empty, nullptr);  // null would mean that the old block is still there
     msFree(globalMSpace(), empty);

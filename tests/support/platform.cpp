@@ -7,7 +7,6 @@
 #include "osal/export/osal_timing.h"
 
 #include <dlfcn.h>
-#include <algorithm>
 #include <cstring>
 
 thread_local Platform platform;
@@ -97,11 +96,6 @@ int fio_close(fio_fd fd) {
 
 filesize fio_fdsize(fio_fd fd) {
     return platform.file_size ? *platform.file_size : REAL(fio_fdsize)(fd);
-}
-
-int fio_read_fully(fio_fd fd, void* buf, int len) {
-    return REAL(fio_read_fully)(fd, buf,
-                                platform.readable ? std::min(*platform.readable, len) : len);
 }
 
 void assertReport(const char* expression, const char* file, int line, const char* function,

@@ -20,7 +20,6 @@ struct Platform {
     int open_flags = 0;                     // of the last fio_open
     int open_files = 0;                     // fio_open less fio_close
     std::optional<long> file_size = {};     // what fio_fdsize says
-    std::optional<int> readable = {};       // fio_read_fully stops after as many bytes
     std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 

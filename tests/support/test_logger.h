@@ -33,8 +33,8 @@ struct TestLevels {
     SanityLevel sanity;
 };
 
-// Makes and registers a logger; the names must outlive it.
-inline logger* make_logger(const TestLoggerParts& given) {
+// Makes a logger; the names must outlive it.
+inline logger* unregistered_logger(const TestLoggerParts& given) {
     const size_t count = given.modules.size();
     const size_t size = sizeof(logger) + count * sizeof(logmodule);
     char* memory = static_cast<char*>(std::malloc(size + sizeof given));
@@ -55,6 +55,11 @@ inline logger* make_logger(const TestLoggerParts& given) {
             nullptr,      {m.name, m.alias}, 0, &levels->message, &levels->sanity, log, nullptr,
             m.is_default, m.is_linked,       0};
     }
+    return log;
+}
+
+inline logger* make_logger(const TestLoggerParts& given) {
+    logger* log = unregistered_logger(given);
     _log_add_logger(log);
     return log;
 }

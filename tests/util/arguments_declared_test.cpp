@@ -101,22 +101,6 @@ TEST(ArgParse, CutsMessagesAfter127Characters) {
     }
 }
 
-TEST(ArgParse, LosesNoMemoryWhenItRunsOut) {
-    const char* const MESSAGES[] = {"Unknown parameter b", "Could not allocate memory", "",
-                                    "Unknown parameter b"};
-    for (size_t failing = 0; failing < std::size(MESSAGES); failing++) {
-        platform = Platform{};
-        platform.failing_allocation = failing;
-        argsParse pa = {};
-        argInfo info;
-        int a = argAddint("a", &pa, &info, &a, 0, nullptr, nullptr, 0);
-        EXPECT_EQ(argParse(&pa, "a=1,b", 5, ','), -1);
-        EXPECT_STREQ(argError(&pa), MESSAGES[failing]);
-        argFree(&pa);
-        EXPECT_EQ(platform.live_blocks, 0);
-    }
-}
-
 TEST(ArgParse, ReplacesItsMessageUnlessThereIsNoMemoryForAnother) {
     platform = Platform{};
     argsParse pa = {};

@@ -60,27 +60,3 @@ TEST(ArgIter, AgreesWithThePlainWalkOnRandomText) {
         ASSERT_EQ(walk(text, delim), plain_walk(text, delim)) << "'" << text << "' at " << delim;
     }
 }
-
-TEST(ArgIterGetNext, HandsOutCopiesOrLosesTheItemButNoMemory) {
-    for (size_t failing : {0, 1, 2}) {
-        platform = Platform{};
-        platform.failing_allocation = failing;
-        ArgIter iter;
-        argIterInitDefault(&iter, "verbose,a='1,2'");
-        char *name = nullptr, *value = nullptr;
-        EXPECT_EQ(argIterGetNext(&iter, &name, &value), failing == 0);
-        if (failing == 0) {
-            EXPECT_STREQ(value, "");
-            gsFree(name);
-            gsFree(value);
-        } else {
-            EXPECT_TRUE(name == nullptr && value == nullptr);
-        }
-        EXPECT_EQ(platform.live_blocks, 0);
-        ASSERT_TRUE(argIterGetNext(&iter, &name, &value));
-        EXPECT_EQ(std::string(name) + value, "a1,2");
-        gsFree(name);
-        gsFree(value);
-        EXPECT_FALSE(argIterGetNext(&iter, &name, &value));
-    }
-}

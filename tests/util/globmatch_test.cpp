@@ -158,13 +158,8 @@ TEST(PatternSet, SplitsItsSourceAndAnswersByTheFirstMatch) {
     }
 }
 
-TEST(PatternSet, IsEmptyWithoutASourceOrMemory) {
+TEST(PatternSet, IsEmptyWithoutASource) {
     patternset set = {nullptr, 5};
     EXPECT_EQ(patternSetCreate(&set, nullptr), 0);
     EXPECT_EQ(set.num_patterns, 0U);
-    platform = Platform{};
-    platform.failing_allocation = 1;
-    set = {reinterpret_cast<pattern*>(&set), 5};
-    EXPECT_EQ(patternSetCreate(&set, "a,b"), -1);
-    EXPECT_TRUE(set.patterns == nullptr && set.num_patterns == 0);
 }

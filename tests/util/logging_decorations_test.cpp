@@ -1,4 +1,3 @@
-#include "support/heap.h"
 #include "support/platform.h"
 #include "support/test_logger.h"
 
@@ -65,20 +64,4 @@ TEST_F(Decorations, ApplyToOneLoggerOnly) {
     EXPECT_TRUE(apply_extended_log_decorations(newer, heap_name));
     EXPECT_FALSE(apply_extended_log_decorations(newer, level));
     EXPECT_EQ(words(), (Words{0x81, 0x81, 0x246}));
-}
-
-TEST_F(Decorations, FailWhenMemoryRunsOutAndLeakNothing) {
-    for (size_t failing : {1, 2, 3, 4}) {
-        platform.failing_allocation = failing;
-        EXPECT_EQ(logParseLogDecorations("level,module"), -1);
-        EXPECT_EQ(words(), failing <= 2 ? (Words{0, 0, 0}) : (Words{1, 1, 1}));
-        EXPECT_EQ(platform.live_blocks, 0);
-    }
-    if (!heap().replaced)
-        GTEST_SKIP() << "the sanitizer has its own allocator";
-    const long live = heap().live_blocks;
-    heap().failing_allocation = 1;
-    EXPECT_EQ(logParseLogDecorations("pid"), -1);  // cannot be remembered: nothing changes
-    EXPECT_EQ(words(), (Words{1, 1, 1}));
-    EXPECT_EQ(heap().live_blocks, live);
 }

@@ -167,16 +167,3 @@ TEST(Options, CutMessagesToTheCallersBuffer) {
     EXPECT_EQ(std::string(error).size(), 255U);
     EXPECT_EQ(advice, std::string(error) + "\n");
 }
-
-TEST(Options, StopWhenMemoryRunsOutAndLeakNothing) {
-    platform = Platform{};
-    for (size_t failing : {1, 2, 3, 4}) {
-        logResetMsgLevels();
-        platform.failing_allocation = failing;
-        char error[64];
-        EXPECT_EQ(logParseMsgLevelsEx("gc=trace,jit=trace", error, sizeof error, nullptr), -1);
-        EXPECT_STREQ(error, "argIterGetNext failed. Out of memory?");
-        EXPECT_EQ(levels(), failing <= 2 ? "222222" : "522222");
-        EXPECT_EQ(platform.live_blocks, 0);
-    }
-}

@@ -1,4 +1,3 @@
-#include "support/heap.h"
 #include "support/platform.h"
 #include "support/temp_folder.h"
 #include "support/test_logger.h"
@@ -125,21 +124,4 @@ TEST_F(Streams, OpenAFileAgainThatHasNoCanonicalPath) {
     ASSERT_EQ(attach("b=file"), 0);
     EXPECT_NE(stream(1), stream(0));
     EXPECT_EQ(open_descriptors("file"), 2);
-}
-
-TEST_F(Streams, LeakNothingWhenMemoryRunsOut) {
-    if (attach("c=stderr"); !heap().replaced)
-        GTEST_SKIP() << "the sanitizer has its own allocator";
-    size_t failing = 0;
-    int result = -1;
-    while (result != 0) {
-        const long live = heap().live_blocks;
-        heap().failing_allocation = ++failing;
-        result = logParseLogFilesEx("a=file", nullptr, 0, nullptr);
-        heap().failing_allocation = 0;
-        ASSERT_EQ(attach("a=stderr"), 0);
-        EXPECT_EQ(heap().live_blocks, live) << failing;
-        EXPECT_EQ(open_descriptors("file"), 0) << failing;
-    }
-    EXPECT_GT(failing, 4U);  // two copies, the stream and its record at the least
 }
