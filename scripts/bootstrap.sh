@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need, as Debian packages: as root, or through sudo.
-# With --bench also the peers that the benchmarks compare with.
+# With --bench also the peers that the benchmarks compare with, with --coverage what reports it.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev git
@@ -16,7 +16,8 @@ command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
 case "${1-}" in
     "") ;;
     --bench) packages+=("${bench_packages[@]}") ;;
-    *) echo "usage: bootstrap.sh [--bench]" >&2; exit 2 ;;
+    --coverage) packages+=(gcovr) ;;
+    *) echo "usage: bootstrap.sh [--bench|--coverage]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query > /dev/null || ! command -v apt-get > /dev/null; then

@@ -26,6 +26,6 @@ step "clang-tidy"
 scripts/check_tidy.sh build/release
 
 step "fuzz"
-scripts/fuzz.sh 10
+scripts/fuzz.sh 10  # each of six: a minute
 
 step "all passed"

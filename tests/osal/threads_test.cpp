@@ -1,11 +1,22 @@
 #include "osal/export/osal_threads.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <atomic>
 #include <ctime>
 #include <thread>
 #include <vector>
+
+TEST(Ids, AreTheChildsAfterAFork) {
+    EXPECT_TRUE(osGetProcessID() == getpid() && threadGetCurrentID() == gettid());
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(osGetProcessID() != getpid() || threadGetCurrentID() != gettid());
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
 
 struct Hold {
     decltype(&rwReadLock) take, release;

@@ -40,6 +40,35 @@ TEST(ArgConvert, StoresOnlyWhatConverts) {
     EXPECT_STREQ(error, "untouched");
 }
 
+struct CopyCase {
+    ArgType type;
+    const char* text;
+    size_t width;
+};
+
+// What is copied out of a value is what a conversion stores in its place, and no byte more.
+TEST(ArgCopy, StoresWhatWasConverted) {
+    for (const CopyCase& c :
+         {CopyCase{TYPE_bool, "true", 1}, CopyCase{TYPE_int, "-5", 4}, CopyCase{TYPE_s8, "-5k", 8},
+          CopyCase{TYPE_double, "1.5", 8}, CopyCase{TYPE_size_t, "7m", 8},
+          CopyCase{TYPE_u8, "9", 8}, CopyCase{TYPE_nanotime, "3ms", 8},
+          CopyCase{TYPE_pcchar, "x", 8}, CopyCase{TYPE_pvoid, "0x10", 8},
+          CopyCase{static_cast<ArgType>(9), "", 0}}) {
+        ArgVal value;
+        char direct[9], copied[9];
+        memset(direct, '#', sizeof direct);
+        memset(copied, '#', sizeof copied);
+        ArgPtr to_direct, to_copied;
+        to_direct.pv = direct;
+        to_copied.pv = copied;
+        EXPECT_EQ(argConvert2(c.type, &value, c.text, nullptr), c.width > 0) << c.text;
+        EXPECT_EQ(argConvert(c.type, &to_direct, c.text, nullptr), c.width > 0) << c.text;
+        argCopy(c.type, &to_copied, &value);
+        EXPECT_EQ(memcmp(direct, copied, sizeof direct), 0) << c.text;
+        EXPECT_EQ(copied[c.width], '#') << c.text;
+    }
+}
+
 static s8 bits(double value) {
     return std::bit_cast<s8>(value);
 }

@@ -68,6 +68,7 @@ static bool next_item() {
     EXPECT_EQ(string(name) + value, "a1,2");
     gsFree(name);
     gsFree(value);
+    EXPECT_FALSE(argIterGetNext(&iter, &name, &value));
     return ok;
 }
 

@@ -35,6 +35,7 @@ struct DecorationCase {
 
 const DecorationCase CASES[] = {
     {"", 0, {0x46, 0x46, 0x46}},
+    {nullptr, 0, {0x46, 0x46, 0x46}},
     {",", 0, {0, 0, 0}},
     {"level,MILLIS=anything,=x", 0, {9, 9, 0x409}},  // only the name of an item counts
     {"level,nosuch,pid", -1, {1, 1, 1}},
