@@ -27,7 +27,12 @@ TEST(Files, OpenAsTheFlagsSayAndExceedFourGigabytes) {
     EXPECT_EQ(fio_fdsize(same), SIZE);
     EXPECT_TRUE(fio_is_same_files_by_path(name.c_str(), same));
     EXPECT_FALSE(fio_is_same_files_by_path("/dev/null", same));
-    fio_close(same);
+    EXPECT_EQ(fio_close(same), 0);
+    EXPECT_EQ(fio_close(fio_open(name.c_str(), FIO_READ | FIO_TRUNCATE)), 0);  // only when writing
+    EXPECT_EQ(fio_fsize(name.c_str()), SIZE);
+    EXPECT_FALSE(fio_is_same_files_by_path("/proc/missing", 0));
+    EXPECT_FALSE(fio_is_same_files_by_path(name.c_str(), -1));
+    EXPECT_TRUE(fio_fdsize(-1) == -1 && fio_close(-1) == -1);
 }
 
 TEST(Files, AreMadeCanonicalWhenTheNameFits) {

@@ -23,6 +23,10 @@ TEST(Snprintf, TellsWholeTextsFromCutOnes) {
         EXPECT_STREQ(buf, c.left);
     }
     EXPECT_EQ(kestrum_util_snprintf(nullptr, 8, "%s", "abc"), -1);
+    char buf[8];
+    static volatile size_t unknown = SIZE_MAX;  // the compiler refuses a known one
+    EXPECT_EQ(kestrum_util_snprintf(buf, unknown, "%s", "abc"), 3);
+    EXPECT_STREQ(buf, "abc");
 }
 
 constexpr size_t AS_MUCH_AS_FITS = static_cast<size_t>(-1);
