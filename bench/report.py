@@ -39,20 +39,16 @@ MIN_OVERLAP = 1.8
 
 Case = collections.namedtuple("Case", "key title overlapping", defaults=[False])
 
-# A target bounds kxutil / limit from above, or the best peer / kxutil from below; the peers are the
-# named ones, or all. Over several cases, the geometric mean or the smallest of their ratios is
-# bounded; `case` is then the words for the cases and `over` their keys.
-LIMIT = "at most"
-PEER = "at least"
-MEAN = "geometric mean at least"
-EACH = "each at least"
-Target = collections.namedtuple("Target", "case kind bound peers over", defaults=[None, None])
-# A target bounds kxutil / limit from above, or the best peer / kxutil from below, or the nanoseconds
-# that kxutil takes beyond the limit from above; the peers are the named ones, or all.
+# A target bounds kxutil / limit from above, or the best peer / kxutil from below, or from above the
+# nanoseconds that kxutil takes beyond the limit; the peers are the named ones, or all. Over several
+# cases, the geometric mean or the smallest of their ratios to peers is bounded; `case` is then the
+# words for the cases and `over` their keys.
 LIMIT = "at most"
 PEER = "at least"
 BEYOND_LIMIT = "at most, in ns,"
-Target = collections.namedtuple("Target", "case kind bound peers", defaults=[None])
+MEAN = "geometric mean at least"
+EACH = "each at least"
+Target = collections.namedtuple("Target", "case kind bound peers over", defaults=[None, None])
 
 # With many cases, a row each: our time and everybody's ratio to it.
 Facility = collections.namedtuple("Facility", "title notes cases targets compact", defaults=[False])
@@ -405,23 +401,6 @@ def compact_table(facility, cases):
     return lines
 
 
-def judge_all(target, facility, results):
-    """The same for several cases: of each the best peer counts."""
-    titles = {case.key: case.title for case in facility.cases}
-    ratios = {}
-    for case in target.over:
-        single = Target(case, PEER, target.bound, target.peers)
-        ratios[case] = judge(single, results[case])[1]
-    compared = f"{' or '.join(target.peers)} / kxutil"
-    if target.kind == MEAN:
-        ratio = statistics.geometric_mean(ratios.values())
-    else:
-        least = min(ratios, key=ratios.get)
-        ratio = ratios[least]
-        compared += f" (least: {titles[least]})"
-    return compared, ratio, "yes" if ratio >= target.bound else "no"
-
-
 def judge(target, contenders):
     """Returns what was compared, the ratio (None when a side has no runs), and the verdict."""
     if target.kind != PEER:
@@ -437,6 +416,23 @@ def judge(target, contenders):
     if target.kind == LIMIT:
         return f"kxutil / {best}", ours / other, "yes" if ours / other <= target.bound else "no"
     return f"{best} / kxutil", other / ours, "yes" if other / ours >= target.bound else "no"
+
+
+def judge_all(target, facility, results):
+    """The same for several cases: of each the best peer counts."""
+    titles = {case.key: case.title for case in facility.cases}
+    ratios = {}
+    for case in target.over:
+        single = Target(case, PEER, target.bound, target.peers)
+        ratios[case] = judge(single, results[case])[1]
+    compared = f"{' or '.join(target.peers)} / kxutil"
+    if target.kind == MEAN:
+        ratio = statistics.geometric_mean(ratios.values())
+    else:
+        least = min(ratios, key=ratios.get)
+        ratio = ratios[least]
+        compared += f" (least: {titles[least]})"
+    return compared, ratio, "yes" if ratio >= target.bound else "no"
 
 
 def targets_table(selected, results):
