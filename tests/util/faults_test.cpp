@@ -260,6 +260,7 @@ const MemoryCase MEMORY_CASES[] = {
     {"dynArrayNew", make_array},
     {"dynArrayResize", change([](auto da, auto*) { return dynArrayResize(da, 4); })},
     {"dynArrayShrink", change([](auto da, auto*) { return dynArrayShrink(da, 1); })},
+    {"dynArrayShrink to nothing", change([](auto da, auto*) { return dynArrayShrink(da, 0); })},
     {"dynArrayAddLast", change([](auto da, auto* v) { return dynArrayAddLast(da, v); })},
     {"dynArraySet", change([](auto da, auto* v) { return dynArraySet(da, 3, v); })},
     {"dynArrayInsert", change([](auto da, auto* v) { return dynArrayInsert(da, 0, v); })},

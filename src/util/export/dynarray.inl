@@ -130,12 +130,11 @@ DYNARRAY_BODY int dynArrayResize(DynArrayP da, size_t nElems) {
 DYNARRAY_BODY int dynArrayShrink(DynArrayP da, size_t nElems) {
     if (nElems >= da->capacity)
         return 0;
-    if (nElems == 0) {
+    if (_da_set_capacity(da, nElems) != 0)
+        return -1;
+    if (nElems == 0) {  // an array without capacity has no block, not even an empty one
         msFree(da->space, da->data);
         da->data = NULL;
-        da->capacity = 0;
-    } else if (_da_set_capacity(da, nElems) != 0) {
-        return -1;
     }
     if (da->size > nElems)
         da->size = nElems;
