@@ -77,21 +77,21 @@ class Glib {
   public:
     explicit Glib(const Names& patterns) {
         for (const std::string& text : patterns)
-            specs_.push_back(g_pattern_spec_new(text.c_str()));
+            patterns_.push_back(g_pattern_spec_new(text.c_str()));
     }
     ~Glib() {
-        for (GPatternSpec* spec : specs_)
-            g_pattern_spec_free(spec);
+        for (GPatternSpec* compiled : patterns_)
+            g_pattern_spec_free(compiled);
     }
     bool matches(const std::string& s) {
-        for (GPatternSpec* spec : specs_)
-            if (g_pattern_spec_match_string(spec, s.c_str()))
+        for (GPatternSpec* compiled : patterns_)
+            if (g_pattern_spec_match_string(compiled, s.c_str()))
                 return true;
         return false;
     }
 
   private:
-    std::vector<GPatternSpec*> specs_;
+    std::vector<GPatternSpec*> patterns_;
 };
 
 class Fnmatch {
