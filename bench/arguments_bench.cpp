@@ -168,9 +168,13 @@ static void over_items(benchmark::State& state) {
     state.counters["bytes"] = static_cast<double>(options.size());
 }
 
-BENCHMARK(over_items<Ours::walk>)->Name("walk/kxutil")->Arg(8)->Arg(64);
-BENCHMARK(over_items<HandScan::walk>)->Name("walk/hand scan")->Arg(8)->Arg(64);
-BENCHMARK(over_items<MemchrScan::walk>)->Name("walk/memchr scan")->Arg(8)->Arg(64);
-BENCHMARK(over_items<LimitCommas::walk>)->Name("walk/limit: commas only")->Arg(8)->Arg(64);
+static void walked(benchmark::internal::Benchmark* added) {
+    added->Arg(1)->Arg(8)->Arg(64)->Arg(512);
+}
+
+BENCHMARK(over_items<Ours::walk>)->Name("walk/kxutil")->Apply(walked);
+BENCHMARK(over_items<HandScan::walk>)->Name("walk/hand scan")->Apply(walked);
+BENCHMARK(over_items<MemchrScan::walk>)->Name("walk/memchr scan")->Apply(walked);
+BENCHMARK(over_items<LimitCommas::walk>)->Name("walk/limit: commas only")->Apply(walked);
 BENCHMARK(over_items<Ours::copy>)->Name("copy/kxutil")->Arg(8)->Arg(64);
 BENCHMARK(over_items<HandScan::copy>)->Name("copy/hand scan")->Arg(8)->Arg(64);

@@ -272,8 +272,8 @@ static void parse(benchmark::State& state) {
         state.SkipWithError("a setting is wrong");
 }
 
-BENCHMARK(parse<Ours>)->Name("declared/kxutil")->Arg(8)->Arg(64);
-BENCHMARK(parse<HandScan>)->Name("declared/hand scan")->Arg(8)->Arg(64);
-BENCHMARK(parse<Getsubopt>)->Name("declared/getsubopt")->Arg(8)->Arg(64);
-BENCHMARK(parse<GOption>)->Name("declared/GOption")->Arg(8)->Arg(64);
-BENCHMARK(parse<Cli11>)->Name("declared/CLI11")->Arg(8)->Arg(64);
+BENCHMARK(parse<Ours>)->Name("declared/kxutil")->RangeMultiplier(2)->Range(8, 64);
+BENCHMARK(parse<HandScan>)->Name("declared/hand scan")->RangeMultiplier(2)->Range(8, 64);
+BENCHMARK(parse<Getsubopt>)->Name("declared/getsubopt")->RangeMultiplier(2)->Range(8, 64);
+BENCHMARK(parse<GOption>)->Name("declared/GOption")->RangeMultiplier(2)->Range(8, 64);
+BENCHMARK(parse<Cli11>)->Name("declared/CLI11")->RangeMultiplier(2)->Range(8, 64);

@@ -78,16 +78,19 @@ static void fill(benchmark::State& state, int64_t count) {
 }
 
 template <size_t size>
+static void add_case(const std::string& name, int64_t count) {
+    const auto add = [&](const char* contender, auto run) {
+        benchmark::RegisterBenchmark((name + "/" + contender).c_str(), run, count);
+    };
+    add("kxutil", fill<Ours<size>, size>);
+    add("GArray", fill<Glib<size>, size>);
+    add("limit: vector", fill<Vector<size>, size>);
+}
+
+template <size_t size>
 static void add_size() {
-    for (int64_t count : {FEW, MANY}) {
-        const std::string name = std::to_string(count) + " of " + std::to_string(size);
-        const auto add = [&](const char* contender, auto run) {
-            benchmark::RegisterBenchmark((name + "/" + contender).c_str(), run, count);
-        };
-        add("kxutil", fill<Ours<size>, size>);
-        add("GArray", fill<Glib<size>, size>);
-        add("limit: vector", fill<Vector<size>, size>);
-    }
+    for (int64_t count : {FEW, MANY})
+        add_case<size>(std::to_string(count) + " of " + std::to_string(size), count);
 }
 
 int main(int argc, char** argv) {
@@ -95,6 +98,8 @@ int main(int argc, char** argv) {
     add_size<8>();
     add_size<16>();
     add_size<64>();
+    for (int64_t count = 10; count <= MANY; count *= 10)
+        add_case<16>("append " + std::to_string(count), count);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -39,6 +39,10 @@ struct Case {
     Names subjects;
 };
 
+static Case hostile(const char* name, size_t length) {
+    return {name, {"a*a*a*a*a*a*a*a*b"}, {std::string(length, 'a')}};
+}
+
 static const Case CASES[] = {
     {"prefix", {"java.util.*"}, CLASS_NAMES},
     {"suffix", {"*Exception"}, CLASS_NAMES},
@@ -48,7 +52,12 @@ static const Case CASES[] = {
      {"java.lang.*", "java.util.*", "*Exception", "com.acme.*Impl", "*.http.*", "*Proxy*",
       "org.example.*.cache.*", "*Controller*"},
      CLASS_NAMES},
-    {"hostile", {"a*a*a*a*a*a*a*a*b"}, {std::string(200, 'a')}},
+    hostile("hostile", 200),
+    hostile("hostile 25", 25),
+    hostile("hostile 50", 50),
+    hostile("hostile 100", 100),
+    hostile("hostile 200", 200),
+    hostile("hostile 400", 400),
 };
 
 class Ours {

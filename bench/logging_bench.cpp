@@ -4,7 +4,8 @@
 // 90 bytes, and hands the line to the kernel before its call returns. The process id is right also
 // after a fork: spdlog's own pattern flag, and getpid() beside fprintf(), ask the kernel for it.
 // glog writes its own prefix, with the source file where the others have the module and a thread id
-// for the process id. The limit writes a ready-made line of the same length.
+// for the process id. The limit writes a ready-made line of the same length. Messages of several
+// lengths go to the null device.
 //
 // Every run starts with a fresh file and writes the same number of lines, so no file grows beyond
 // LINES_TO_FILE of them; afterwards its size tells whether every line arrived.
@@ -52,6 +53,10 @@ struct Ours {
         if (logEnabled(DBG_GC, MSG_INFO))
             _logforceprint(&_loggers, DBG_GC, MSG_INFO, "collected %d objects in %s", count, SPACE);
     }
+    static void print_text(const char* text) {
+        if (logEnabled(DBG_GC, MSG_INFO))
+            _logforceprint(&_loggers, DBG_GC, MSG_INFO, "%s", text);
+    }
     static void close() {
         write_to("stderr");
     }
@@ -74,6 +79,18 @@ struct Fprintf {
             give_up(path);
     }
     static void print(int count) {
+        print_with("[%-5s][%-7s][%s.%03d%s][%05d] collected %d objects in %s\n", count, SPACE);
+    }
+    static void print_text(const char* text) {
+        print_with("[%-5s][%-7s][%s.%03d%s][%05d] %s\n", text);
+    }
+    static void close() {
+        fclose(file);
+    }
+
+  private:
+    template <typename... Args>
+    static void print_with(const char* format, Args... args) {
         timespec now;
         clock_gettime(CLOCK_REALTIME, &now);
         tm local;
@@ -82,12 +99,9 @@ struct Fprintf {
         char zone[8];
         strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
         strftime(zone, sizeof zone, "%z", &local);
-        fprintf(file, "[%-5s][%-7s][%s.%03d%s][%05d] collected %d objects in %s\n", "INFO", "gc",
-                date, static_cast<int>(now.tv_nsec / 1'000'000), zone, getpid(), count, SPACE);
+        fprintf(file, format, "INFO", "gc", date, static_cast<int>(now.tv_nsec / 1'000'000), zone,
+                getpid(), args...);
         fflush(file);
-    }
-    static void close() {
-        fclose(file);
     }
 };
 
@@ -103,6 +117,9 @@ struct Spdlog {
     static void print(int count) {
         logger->info("collected {} objects in {}", count, SPACE);
     }
+    static void print_text(const char* text) {
+        logger->info("{}", text);
+    }
     static void close() {
         logger.reset();
     }
@@ -114,6 +131,9 @@ struct Glog {
     }
     static void print(int count) {
         LOG(INFO) << "collected " << count << " objects in " << SPACE;
+    }
+    static void print_text(const char* text) {
+        LOG(INFO) << text;
     }
     static void close() {
         google::SetLogDestination(google::GLOG_INFO, "");
@@ -132,21 +152,29 @@ struct Glog {
 };
 
 struct LimitWrite {
-    static inline int fd;
-    static inline std::string line;
     static void open(const char* path) {
         fd = ::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         if (fd < 0)
             give_up(path);
-        line = "[INFO ][gc     ][2026-03-29T14:05:09.042+0200][12345] collected 40000 objects in " +
-               std::string(SPACE) + "\n";
     }
     static void print(int) {
-        if (write(fd, line.data(), line.size()) < 0)
-            give_up("write");
+        put(sizeof "collected 40000 objects in survivor space");
+    }
+    static void print_text(const char* text) {
+        put(strlen(text) + 1);
     }
     static void close() {
         ::close(fd);
+    }
+
+  private:
+    static inline int fd;
+    static inline char line[2000];
+    static void put(size_t message_bytes) {
+        constexpr size_t DECORATION_BYTES =
+            sizeof "[INFO ][gc     ][2026-03-29T14:05:09.042+0200][12345] " - 1;
+        if (write(fd, line, DECORATION_BYTES + message_bytes) < 0)
+            give_up("write");
     }
 };
 
@@ -179,6 +207,15 @@ static void print_lines(benchmark::State& state, bool to_file) {
         check_file(state, path);
         unlink(path);
     }
+}
+
+template <typename Contender>
+static void print_messages(benchmark::State& state) {
+    const std::string text(static_cast<size_t>(state.range(0)), 'x');
+    Contender::open(NULL_DEVICE);
+    for (auto _ : state)
+        Contender::print_text(text.c_str());
+    Contender::close();
 }
 
 // Statements that are off stand one behind the other, because a loop around one costs as much.
@@ -244,6 +281,10 @@ static void add_contender(const std::string& name) {
         add("file/", true, LINES_TO_FILE, threads);
         add("null/", false, LINES_TO_NULL, threads);
     }
+    for (int length : {10, 30, 100, 300, 1000})
+        benchmark::RegisterBenchmark(("message/" + name).c_str(), print_messages<Contender>)
+            ->Arg(length)
+            ->Iterations(LINES_TO_NULL / 2);
 }
 
 static void add_all() {

@@ -1,4 +1,4 @@
-// Validation of text: ASCII, mixtures and text beyond ASCII, in three sizes.
+// Validation of text: ASCII, mixtures and text beyond ASCII, in three sizes; one mixture in more.
 //
 // Everybody validates the same bytes, but for pairs: characters beyond U+FFFF take six bytes in our
 // form and four in the peers', so they get as many bytes of their own. The limit reads the memory
@@ -18,6 +18,7 @@ struct Shape {
     const char* name;
     std::vector<std::string> characters;  // drawn at random
     bool four_bytes = false;              // for the peers, instead of six
+    std::vector<size_t> sizes = {64, 4 << 10, 1 << 20};
 };
 
 static const Shape SHAPES[] = {
@@ -25,7 +26,10 @@ static const Shape SHAPES[] = {
     {"two-byte 5%", {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j",
                      "k", "l", "m", "n", "o", "p", "q", "r", "s", "\xC3\xA9"}},
     {"three-byte", {"\xE6\x97\xA5", "\xE6\x9C\xAC"}},
-    {"mixed", {"a", "\xC3\xA9", "\xE6\x97\xA5"}},
+    {"mixed",
+     {"a", "\xC3\xA9", "\xE6\x97\xA5"},
+     false,
+     {16, 64, 256, 1 << 10, 4 << 10, 32 << 10, 256 << 10, 1 << 20}},
     {"pairs", {"\xED\xA0\xBD\xED\xB8\x80", "\xED\xA0\xBD\xED\xB8\x81"}, true},
 };
 
@@ -76,7 +80,7 @@ static void validate(benchmark::State& state, bool (*check)(const std::string&),
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     for (const Shape& shape : SHAPES)
-        for (size_t size : {size_t{64}, size_t{4096}, size_t{1} << 20}) {
+        for (size_t size : shape.sizes) {
             const std::string text = make_text(shape.characters, size);
             const std::string for_peers =
                 shape.four_bytes ? make_text({"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x81"}, size) : text;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the benchmarks against their peers and writes docs/benchmarks.md. With a word, runs the
-# facilities whose name contains it and prints their report instead of writing it.
+# Runs the benchmarks against their peers and writes docs/benchmarks.md with its charts. With a word,
+# runs the facilities whose name contains it and prints their report instead of writing it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 filter=${1-}
@@ -38,11 +38,12 @@ if [ ${#files[@]} -eq 0 ]; then
     exit 2
 fi
 
-python3 bench/report.py "$build" "${files[@]}" > "$work/report.md"
+python=/usr/bin/python3 # the one that the distribution's packages are for
+$python -B bench/report.py "$build" "${files[@]}" > "$work/report.md"
 if [ -n "$filter" ]; then
     cat "$work/report.md"
 else
-    mkdir -p docs
+    $python -B bench/charts.py docs/benchmarks "${files[@]}"
     cat "$work/report.md" <(echo) bench/notes.md > docs/benchmarks.md
-    echo "docs/benchmarks.md written (${SECONDS}s)"
+    echo "docs/benchmarks.md and docs/benchmarks/ written (${SECONDS}s)"
 fi

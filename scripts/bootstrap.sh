@@ -8,7 +8,7 @@ packages=(g++ cmake ninja-build libgtest-dev git
     pkg-config dpkg-dev file)
 bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
     libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
-    rapidjson-dev libyajl-dev nlohmann-json3-dev)
+    rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib)
 
 # Any Java development kit from 17 on will do.
 command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
