@@ -1,5 +1,6 @@
 #include "osal/export/osal_assert.h"
 #include "osal/export/osal_msmalloc.h"
+#include "support/faults.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -16,10 +17,14 @@ TEST(Memory, ResizingToNothingKeepsABlock) {
 
 static std::string reported(const std::string& expression, const std::string& argument) {
     testing::internal::CaptureStderr();
+    faults().failing_write = 1;
+    faults().error = EINTR;  // at first
     assertReport(expression.c_str(), "x.cpp", 417, "copy", "not\r\n%s", argument.c_str());
     close(STDERR_FILENO);  // where the next report fails; put back below
     errno = ENOTTY;
     assertReport("e", "x.cpp", 417, "copy", "");
+    const wchar_t unencodable[] = {0x7fffffff, 0};
+    assertReport("e", "x.cpp", 417, "copy", "%ls", unencodable);
     EXPECT_EQ(errno, ENOTTY);
     return testing::internal::GetCapturedStderr();
 }

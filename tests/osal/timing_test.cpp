@@ -2,8 +2,37 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
+#include <climits>
+
+static bool clocks_fail = false;
+static time_t second = 0;  // that the clocks show; 0 for the right one
+
+int clock_gettime(clockid_t clock, timespec* now) noexcept {
+    const long result = clocks_fail ? -1 : syscall(SYS_clock_gettime, clock, now);
+    now->tv_sec = second != 0 ? second : now->tv_sec;
+    return static_cast<int>(result);
+}
+
+TEST(Timing, HasNoTextForATimeThatCannotBeToldAndNoTimeWithoutAClock) {
+    constexpr time_t YEAR = 31'556'952;  // on average
+    TimeBuffer text;
+    struct {
+        time_t second;
+        bool has_text;
+    } const CASES[] = {{9'000 * YEAR, true}, {99'000 * YEAR, false}, {LONG_MAX, false}};
+    for (const auto& c : CASES) {
+        second = c.second;
+        EXPECT_EQ(timingFormatCurrentTime(text), c.has_text) << c.second;
+    }
+    clocks_fail = true;
+    EXPECT_FALSE(timingFormatCurrentTime(text));
+    EXPECT_TRUE(timingGetCounterTime() == 0 && timingGetCurrentTimeNanos() == 0);
+    clocks_fail = false;
+    second = 0;
+}
 
 TEST(Timing, TextClockAndCounterAgreeAcrossASecondAndInAnotherZone) {
     EXPECT_NEAR(counterFrequency * counterToNanoMultiplier, 1e9, 1);

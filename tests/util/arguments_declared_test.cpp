@@ -128,9 +128,21 @@ TEST(ArgGetValues, ReportsAValueThatNoLongerConverts) {
     EXPECT_EQ(values[0] * 100 + values[1] * 10 + values[2], 103);
     EXPECT_EQ(platform.reports, std::vector<string>{"argConvert(a->kind, &p, tmp, NULL)|"
                                                     "src/util/c/shared/arguments|argGetValues|"});
+    text[4] = 'm';  // an item less
+    argGetValues(&pa, &info, values, 3);
+    EXPECT_EQ(values[0] * 100 + values[1] * 10 + values[2], 130);
+    argGetValues(&pa, &info, nullptr, 0);
     argFree(&pa);
     argGetValues(&pa, &info, values, 3);  // too late, but not fatal
     EXPECT_EQ(values[0], 0);
+}
+
+TEST(ArgAddFallback, TakesUnknownItemsThatNobodyWants) {
+    argsParse pa = {};
+    argInfo info;
+    EXPECT_EQ(argAddFallback(&pa, &info, nullptr, nullptr), nullptr);
+    EXPECT_EQ(argParse(&pa, "a=1", 3, ','), 0);
+    argFree(&pa);
 }
 
 TEST(ArgInfo, PacksItsFlagsIntoOneWord) {

@@ -99,7 +99,7 @@ struct Pair {
 
 TEST(DYNARRAY_SUITE, HoldsWhatAVectorHoldsAndGrowsAsStated) {
     std::mt19937 random(20260329);
-    for (size_t size : {1, 3, 8, 16, 24, 32, 40, 48, 56, 64, 72})
+    for (size_t size : {0, 1, 3, 8, 16, 24, 32, 40, 48, 56, 64, 72})
         for (size_t start = 0; start < 20; start++) {
             elem_size = size;
             platform = Platform{};

@@ -162,4 +162,5 @@ TEST(PatternSet, IsEmptyWithoutASource) {
     patternset set = {nullptr, 5};
     EXPECT_EQ(patternSetCreate(&set, nullptr), 0);
     EXPECT_EQ(set.num_patterns, 0U);
+    EXPECT_EQ(patternSetMatchArray(&set, nullptr, 0, nullptr), NOMATCH);
 }

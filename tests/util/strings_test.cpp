@@ -24,6 +24,8 @@ TEST(Snprintf, TellsWholeTextsFromCutOnes) {
     }
     EXPECT_EQ(kestrum_util_snprintf(nullptr, 8, "%s", "abc"), -1);
     char buf[8];
+    const wchar_t unencodable[] = {0x7fffffff, 0};
+    EXPECT_EQ(kestrum_util_snprintf(buf, sizeof buf, "%ls", unencodable), -1);
     static volatile size_t unknown = SIZE_MAX;  // the compiler refuses a known one
     EXPECT_EQ(kestrum_util_snprintf(buf, unknown, "%s", "abc"), 3);
     EXPECT_STREQ(buf, "abc");

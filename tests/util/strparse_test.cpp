@@ -91,6 +91,8 @@ const Case<double> DOUBLE_CASES[] = {
     {" 1e+", 1},
     {"0x1p4k", 16384},
     {"-inf", -HUGE_VAL},
+    {"9792353653691471313e270", 9792353653691471313e270},  // 128 bits do not decide these
+    {"-9313446463250210747e-188", -9313446463250210747e-188},
     {"1.5 k", 1.5, BAD_SUFFIX},
     {"1,5", 1, BAD_SUFFIX},
     {"x", UNTOUCHED, "illegal floating point value"},

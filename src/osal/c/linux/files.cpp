@@ -42,7 +42,7 @@ filesize fio_fdsize(fio_fd fd) {
 
 // Waits until a descriptor in non-blocking mode can go on; false when it is not such a case.
 static bool wait_until_ready(fio_fd fd, short events) {
-    if (errno != EAGAIN && errno != EWOULDBLOCK)
+    if (errno != EAGAIN)
         return false;
     struct pollfd wanted = {fd, events, 0};
     return poll(&wanted, 1, -1) > 0 || errno == EINTR;

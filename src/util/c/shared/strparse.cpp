@@ -13,6 +13,7 @@
 
 #include <ctype.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <bit>
 
@@ -329,8 +330,7 @@ bool strToSuffixNanoTime(const char* str, nanotime* pvalue, const char** error_m
         return fail(error_msg, "syntax error");
     s8 v = static_cast<s8>(negative ? -number : number);
     if (end - p > MAX_SIGNED_DIGITS)
-        if (sscanf(str, "%ld", &v) != 1)
-            return fail(error_msg, "syntax error");
+        v = strtol(str, nullptr, 10);  // saturates
     p = skip_space(end);
     if (*p == '\0') {
         if (v != 0)

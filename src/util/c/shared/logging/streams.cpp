@@ -139,8 +139,7 @@ void set_stream(logmodule* to, log_output f) {
     to->out = f;
     rwWriteUnlock(&to->lock);
     // Released after the module's lock: fclose() may block, and printers should not wait for it.
-    if (before != nullptr)
-        release_stream(before);
+    release_stream(before);
 }
 
 void redirect_logmodule(logmodule* from, logmodule* to) {
