@@ -170,4 +170,7 @@ TEST(DYNARRAY_SUITE, StaysAsItWasWhenASizeOverflows) {
     }
     EXPECT_EQ(dynArrayNew(SIZE_MAX / 8, 16), nullptr);
     dynArrayFree(da);
+    da = dynArrayNew(SIZE_MAX / 2 + 1, 0);
+    EXPECT_EQ(dynArraySet(da, SIZE_MAX / 2 + 1, &value), -1);
+    dynArrayFree(da);
 }
