@@ -2,8 +2,9 @@
 //
 // Every parser returns true with the value stored, or false with the reason in `*error_msg`, a
 // constant string that nobody frees. `error_msg` may be null and is written only on failure. The
-// text is terminated and may not be null. All functions keep no state, allocate nothing and may be
-// called from any thread.
+// text is terminated and may not be null. All functions keep no state, allocate nothing (but what
+// the C library's scanner takes for a number of more than a thousand characters) and may be called
+// from any thread.
 #ifndef UTIL_EXPORT_STRPARSE_H
 #define UTIL_EXPORT_STRPARSE_H
 
@@ -21,9 +22,9 @@ extern "C" {
 // Integers.
 //
 // White space, a minus sign where the parser allows one, the number, and at most one multiplier:
-// k, m or g in either case, for 1024 and its powers. The number is decimal; "0x" before it or 'h'
-// behind decimal digits makes it hexadecimal: "0x10k" and "10hk" are both 16384, and digits beyond
-// 9 need "0x". What follows the multiplier is ignored: "12kb" is "12k". The digits are read as
+// k, m or g in either case, for 1024 and its powers. The number is decimal; "0x" before or 'h'
+// behind the digits makes it hexadecimal: "0x10k" and "10hk" are both 16384, and digits beyond 9
+// need "0x". What follows the multiplier is ignored: "12kb" is "12k". The digits are read as
 // sscanf() reads them with %lu or %lx, which accept a '+' of their own, for example. A number or
 // product beyond 64 bits is not noticed: it gives some number.
 //

@@ -1,9 +1,19 @@
 // From a decimal number to the nearest double, for parsers that have read the digits themselves
 // and leave to the platform what is unusual.
+//
+// Numbers that doubles do not hold exactly take one or two multiplications: the mantissa times the
+// leading 128 bits of the power of five; the power of two goes straight into the exponent. The
+// product's upper bits are the result's, unless they lie so close to the middle between two doubles
+// that the bits cut off the power could matter. The bounds are those of Lemire, "Number Parsing at
+// a Gigabyte per Second" (2021), whose proof covers all 64-bit mantissas.
+//
+// In a header, because a call would cost a parser a tenth of its time.
 #ifndef UTIL_C_SHARED_DECIMAL_H
 #define UTIL_C_SHARED_DECIMAL_H
 
 #include "sharedinc/inttype.h"
+
+#include <bit>
 
 constexpr int DECIMAL_DIGITS = 19;  // any number of that many digits fits a mantissa
 
@@ -11,19 +21,92 @@ constexpr int DECIMAL_DIGITS = 19;  // any number of that many digits fits a man
 // the point.
 bool decimal_point_is_usual();
 
-// decimal_to_double() for mantissas and powers that doubles do not hold exactly.
-bool decimal_by_product(bool negative, u8 mantissa, s8 exponent, double* result);
+__extension__ using uint128 = unsigned __int128;
+
+constexpr int MIN_POWER = -342;
+constexpr int MAX_POWER = 308;
+
+// The leading 128 bits of a power of five.
+struct PowerOfFive {
+    u8 high, low;
+};
+
+struct PowersOfFive {
+    PowerOfFive of[MAX_POWER - MIN_POWER + 1];
+};
+
+extern const PowersOfFive POWERS_OF_FIVE;
 
 // The powers of ten that a double holds exactly.
 inline constexpr double EXACT_POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                           1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                           1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+constexpr int STORED_BITS = 52;  // of a double's significand
+constexpr int EXTRA_BITS = 3;    // implicit bit, rounding bit, and a product's possible zero
+
+// The leading 128 bits of the product, of which the upper 64 are right unless the lower are all
+// ones. The second half of the power is needed only when it could carry into the result's bits.
+static inline uint128 decimal_product(u8 mantissa, const PowerOfFive& power) {
+    constexpr u8 BELOW_RESULT = ~static_cast<u8>(0) >> (STORED_BITS + EXTRA_BITS);
+    uint128 result = static_cast<uint128>(mantissa) * power.high;
+    if ((static_cast<u8>(result >> 64) & BELOW_RESULT) == BELOW_RESULT)
+        result += static_cast<uint128>(mantissa) * power.low >> 64;
+    return result;
+}
+
+// Two additions, because asking the processor for its mode takes longer.
+static inline bool rounds_to_nearest() {
+    static const volatile float tiny = 0x1p-60F;
+    return 1.0F + tiny == 1.0F - tiny;
+}
+
+// decimal_to_double() for mantissas and powers that doubles do not hold exactly.
+static inline bool decimal_by_product(bool negative, u8 mantissa, s8 exponent, double* result) {
+    constexpr int EXPONENT_BIAS = 1023, INFINITE_EXPONENT = 0x7FF;
+    // Between these, a product may be exact, and a tie really is one.
+    constexpr s8 MIN_TIE_POWER = -4, MAX_TIE_POWER = 23;
+    // Between these, the power of five is known well enough for every product.
+    constexpr s8 MIN_KNOWN_POWER = -27, MAX_KNOWN_POWER = 55;
+
+    if (mantissa == 0 || exponent < MIN_POWER || exponent > MAX_POWER || !rounds_to_nearest())
+        return false;
+    const int zeros = std::countl_zero(mantissa);
+    const uint128 bits =
+        decimal_product(mantissa << zeros, POWERS_OF_FIVE.of[exponent - MIN_POWER]);
+    const u8 high = static_cast<u8>(bits >> 64), low = static_cast<u8>(bits);
+    if (low == ~static_cast<u8>(0) && (exponent < MIN_KNOWN_POWER || exponent > MAX_KNOWN_POWER))
+        return false;
+
+    const int upper_bit = static_cast<int>(high >> 63);
+    const int shift = upper_bit + 64 - STORED_BITS - EXTRA_BITS;
+    u8 significand = high >> shift;
+    // floor(log2(10^exponent)), right throughout the table.
+    const int binary_exponent = static_cast<int>((217706 * exponent) >> 16);
+    int biased = binary_exponent + 63 + upper_bit - zeros + EXPONENT_BIAS;
+    if (biased <= 0)
+        return false;
+    const bool tie = low <= 1 && (significand & 3) == 1 && significand << shift == high;
+    if (tie && exponent >= MIN_TIE_POWER && exponent <= MAX_TIE_POWER)
+        significand--;
+    significand = (significand + 1) >> 1;
+    if (significand == static_cast<u8>(2) << STORED_BITS) {
+        significand >>= 1;
+        biased++;
+    }
+    if (biased >= INFINITE_EXPONENT)
+        return false;
+    significand &= (static_cast<u8>(1) << STORED_BITS) - 1;
+    *result = std::bit_cast<double>(u8{negative} << 63 | static_cast<u8>(biased) << STORED_BITS |
+                                    significand);
+    return true;
+}
+
 // Sets `result` to the double nearest to mantissa * 10^exponent with its sign, ties to even.
 // Returns false, and sets nothing, for what is better left to the platform: values near or beyond
 // the ends of the range of normal doubles, and the rare one that 128 bits cannot decide.
 static inline bool decimal_to_double(bool negative, u8 mantissa, s8 exponent, double* result) {
-    constexpr int SIGNIFICAND_BITS = 53;
+    constexpr int SIGNIFICAND_BITS = STORED_BITS + 1;
     constexpr s8 MAX_EXACT_POWER = 22;
     if (mantissa >> SIGNIFICAND_BITS != 0 || exponent < -MAX_EXACT_POWER ||
         exponent > MAX_EXACT_POWER)

@@ -72,11 +72,34 @@ bool strSuffixToMultiplier(int suffix, u8* multiplier) {
 constexpr size_t MAX_DECIMAL_DIGITS = 19;  // more may not fit in 64 bits
 constexpr size_t MAX_HEX_DIGITS = 16;
 
-// Appends the decimal digits at p to the number and returns their end.
+// Appends the decimal digits at p to the number and returns their end. Four digits are put together
+// before they wait for the number so far.
 static inline const char* read_decimal(const char* p, u8* number) {
+    const auto digit = [&p](int i) { return static_cast<unsigned char>(p[i]) - unsigned{'0'}; };
     u8 n = *number;
-    for (unsigned digit; (digit = static_cast<unsigned char>(*p) - unsigned{'0'}) <= 9; p++)
-        n = 10 * n + digit;
+    unsigned a, ab, abc, d;
+    for (;; p += 4) {
+        if ((a = digit(0)) > 9)
+            break;
+        if ((d = digit(1)) > 9) {
+            n = 10 * n + a;
+            p += 1;
+            break;
+        }
+        ab = 10 * a + d;
+        if ((d = digit(2)) > 9) {
+            n = 100 * n + ab;
+            p += 2;
+            break;
+        }
+        abc = 10 * ab + d;
+        if ((d = digit(3)) > 9) {
+            n = 1000 * n + abc;
+            p += 3;
+            break;
+        }
+        n = 10000 * n + (10 * abc + d);
+    }
     *number = n;
     return p;
 }
@@ -126,8 +149,10 @@ static inline Scanned scan(const char* text, bool hex) {
     const char* const end = hex ? read_hex(text, &s.number) : read_decimal(text, &s.number);
     const auto digits = static_cast<size_t>(end - text);
     const bool maybe_prefix = hex && digits == 1 && *text == '0' && (*end == 'x' || *end == 'X');
-    if (digits == 0 || digits > (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS) || maybe_prefix)
+    if (digits == 0 || maybe_prefix)
         return scan_by_platform(text, hex);
+    if (digits > (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS))
+        s.number = strtoul(text, nullptr, hex ? 16 : 10);  // saturates
     s.items = 1;
     if (*end != '\0') {
         s.c1 = end[0];
