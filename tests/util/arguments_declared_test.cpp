@@ -137,6 +137,19 @@ TEST(ArgGetValues, ReportsAValueThatNoLongerConverts) {
     EXPECT_EQ(values[0], 0);
 }
 
+TEST(ArgAdd, DeclaresARecordAnewInItsPlace) {
+    argsParse pa = {};
+    argInfo first, second;
+    int a = 0, b = 0;
+    argAddint("a", &pa, &first, &a, 0, nullptr, nullptr, 0);
+    argAddint("b", &pa, &second, &b, 0, nullptr, nullptr, 0);
+    argAddint("c", &pa, &first, &a, 0, nullptr, nullptr, 0);
+    EXPECT_EQ(argCount(&pa), 2);
+    EXPECT_EQ(argParse(&pa, "c=1,b=2", 7, ','), 0);
+    EXPECT_EQ(a * 10 + b, 12);
+    argFree(&pa);
+}
+
 TEST(ArgAddFallback, TakesUnknownItemsThatNobodyWants) {
     argsParse pa = {};
     argInfo info;

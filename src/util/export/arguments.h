@@ -113,7 +113,8 @@ int argCheckBounds(ArgType type, ArgVal* v, const void* bounds, char* buf, size_
 //   name     the name that items have, compared exactly
 //   pa       the context
 //   arg      the declaration's record, filled in here but for `pos`, which an item sets; it must
-//            live as long as the context is used
+//            live as long as the context is used. One that is declared already is declared anew,
+//            in its old place.
 //   v        the variable that receives the value. It is not written here: the caller stores the
 //            result in it, and an argument that never occurs keeps that.
 //   d        the default

@@ -42,7 +42,6 @@ constexpr size_t MESSAGE_BYTES = 128;  // with its terminator
 
 static void add_arg(argsParse* pa, argInfo* arg, const char* name, ArgType kind, const void* v,
                     const char* desc, const char* aliases, unsigned int flags) {
-    arg->next = nullptr;
     arg->name = name;
     arg->aliases = aliases;
     arg->d.desc = desc;
@@ -53,9 +52,12 @@ static void add_arg(argsParse* pa, argInfo* arg, const char* name, ArgType kind,
     arg->is_sink = 0;
     arg->handled = 0;
     argInfo** end = &pa->args;
-    while (*end != nullptr)
+    while (*end != nullptr && *end != arg)
         end = &(*end)->next;
-    *end = arg;
+    if (*end == nullptr) {
+        arg->next = nullptr;
+        *end = arg;
+    }
 }
 
 #define DEFINE_ADD(T)                                                                       \

@@ -151,7 +151,7 @@ void argIterNext(ArgIterP iter) {
     const char* const stop = p + lowest(delimiters);
     const char* name_end = stop;
     const char* value = stop;
-    if ((equals & (delimiters - 1)) != 0) {  // an '=' before the delimiter; none is both
+    if ((equals & (delimiters - 1) & ~delimiters) != 0) {  // an '=' before the delimiter
         name_end = p + lowest(equals);
         value = name_end + 1;
         if (is_quote(*value))
