@@ -179,8 +179,10 @@ TEST(LogSprintf, WritesWhatThePlatformsFormatterWrites) {
     expect_as_platform("%s", static_cast<const char*>(nullptr));
     expect_as_platform("%s %c%5d|%-5d|%05.1f|%p|%hhd", "then", 'c', 7, 7, 1.25, nullptr, 300);
     expect_as_platform("%ls %lc %2d", L"wide", L'c', 7);
-    char untouched = '#';
-    size_t none = 0;
+    char buf[8], untouched = '#';
+    size_t none = 0, unknown = SIZE_MAX;
+    EXPECT_EQ(log_sprintf(buf, &unknown, "%5d", 1), buf + 5);
+    EXPECT_EQ(unknown, SIZE_MAX - 5);
     EXPECT_EQ(log_sprintf(&untouched, &none, "%d", 1), &untouched);
     EXPECT_TRUE(none == 0 && untouched == '#');
 }

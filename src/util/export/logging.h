@@ -122,7 +122,7 @@ void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level
 //   bytesLeft  room at `buf`, terminator included; the length of the text, which is cut to fit,
 //              is subtracted. With 0 nothing is written.
 //
-// Returns the position of the terminator.
+// Returns the position of the terminator. A conversion that fails ends the text where it stands.
 char* log_sprintf(char* buf, size_t* bytesLeft, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 

@@ -8,10 +8,13 @@
 
 #include "util/c/shared/logging/logging_internal.h"
 
+#include <limits.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 #include <algorithm>
+
+constexpr size_t MOST_ROOM = INT_MAX;  // so that the end of a room like (size_t)-1 is an address
 
 // Copies up to `limit`, where there is still room for a terminator.
 static inline char* put(char* end, char* limit, const char* text, size_t length) {
@@ -119,6 +122,7 @@ static char* format_plainly(char* end, char* limit, const char* fmt, va_list arg
 }
 
 char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args) {
+    max = std::min(max, MOST_ROOM);
     char* const limit = buf + max - 1;
     char* end;
     if (args == nullptr) {
