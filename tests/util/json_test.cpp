@@ -115,6 +115,7 @@ const DocumentCase DOCUMENT_CASES[] = {
     {"{a:}", "{ k:a ! Missing value, line 1, \"}\""},
     {"{a", "{ k:a ! Unexpected char, line 1, \"\""},
     {"[1;2]", "[ i:1 ! Missing value, line 1, \";2]\""},
+    {"[1,;2]", "[ i:1 ! Missing value, line 1, \";2]\""},
     {"[1", "[ i:1 ! Missing value, line 1, \"\""},
     {"[a#b]", "[ s:a ! Missing value, line 1, \"#b]\""},
     {"[a\\b]", "[ s:a ! Missing value, line 1, \"\\b]\""},
@@ -161,6 +162,7 @@ const DocumentCase WORD_CASES[] = {
     {"1.5E3", "f:1500"},
     {".5", "f:0.5"},
     {"1.", "f:1"},
+    {"-.5", "f:-0.5"},
     {"-.5e-3", "f:-0.00050000000000000001"},
     {"-0.0", "f:-0"},
     {"0xfe", "f:254"},  // the lower-case "e" makes it a float first

@@ -3,9 +3,11 @@
 //
 // The dialect, beyond JSON: keys and values may be bare words; strings may stand between single
 // quotes; "=" serves as ":", ";" between members as ","; a separator may follow the last member,
-// and those of arrays may be left out; "//" and "/* */" comments stand wherever white space may.
-// Integers may be octal (010) or hexadecimal (0x1F). Quoted strings know the escapes b, f, n, r,
-// t, u with four and x with two hexadecimal digits, and no others. The document is one object or
+// and those of arrays may be left out; "//" and "/* */" comments stand wherever white space may,
+// the latter up to the first "*/". Integers may be octal (010) or hexadecimal (0x1F). Quoted
+// strings know the escapes b, f, n, r, t, u with four and x with two hexadecimal digits, and no
+// others; the digits are read as sscanf() reads them with %x, so white space, a sign or "0x" may be
+// among them, and what follows the first digits counts for nothing. The document is one object or
 // one array; nothing after it is read. The text is the virtual machine's UTF-8 (utf8.h).
 //
 // Parses on different threads are independent. On one thread a callback may start another parse.
@@ -73,7 +75,7 @@ typedef void (*json_cb)(JSONType type, const JSONVal* value, void* arg);
 // open then get no end events.
 //
 // Nesting is limited by memory only; the reader's use of the stack does not depend on it. Tokens
-// of up to 254 bytes and moderate nesting need no allocation.
+// of up to 254 bytes and nesting of up to 1024 containers need no allocation.
 //
 // Integers that 64 bits cannot hold become the nearest that they can.
 int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errlen);

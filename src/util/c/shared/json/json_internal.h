@@ -9,8 +9,8 @@
 #include <stddef.h>
 #include <string.h>
 
-constexpr size_t TOKEN_STEP = 256;      // the token buffer's first size, and by what it grows
-constexpr size_t BUILT_IN_DEPTH = 256;  // open containers; more need memory
+constexpr size_t TOKEN_STEP = 256;       // the token buffer's first size, and by what it grows
+constexpr size_t BUILT_IN_DEPTH = 1024;  // open containers; more need memory
 
 struct json {
     const char* end;      // the text's terminating zero byte

@@ -57,7 +57,7 @@ static inline bool send_short_decimal(json* js, const char* token, const char* e
     constexpr u8 ONES = 0x0101010101010101, POINTS = ONES * '.';
     const u8 others = bytes ^ POINTS;
     const u8 points = (others - ONES) & ~others & ONES << 7;
-    if (points == 0 || points >> 63 != 0 || !is_digit(token[*token == '-']))
+    if (points == 0 || points >> 63 != 0)
         return false;
     // The digits before the point take its place.
     const int point = std::countr_zero(points) / 8;
