@@ -24,13 +24,10 @@ constexpr unsigned DEFAULT_DECORATIONS = LOG_DECORATION_BIT(DECORATION_MODULE) |
                                          LOG_DECORATION_BIT(DECORATION_TIMESTAMP) |
                                          LOG_DECORATION_BIT(DECORATION_PID);
 
-// The option as last given, or null.
+// The option as last given, or null. Replaced with loggers_lock held exclusively, used with it held
+// shared. Not needed to see that there is none: a logger that an option's walk misses joins the
+// chain after that walk, and finds the option.
 static std::atomic<char*> default_decorations_args;
-
-// Exclusive while the option is replaced and applied, shared while a new logger gets it. Not needed
-// to see that there is none: a logger that an option's walk misses joins the chain after that walk,
-// and finds the option.
-static volatile int remembered_lock;
 
 static bool apply_standard(logger* the_logger, const char* name) {
     for (int i = 0; i < NUM_STD_DECORATIONS; i++)
@@ -95,20 +92,20 @@ int apply_log_decorations(logger* the_logger, const char* args) {
 int logParseLogDecorations(const char* args) {
     if (args == nullptr)
         args = "";
-    char* remembered = strdup(args);
+    char* const remembered = strdup(args);
     if (remembered == nullptr)
         return -1;
-    rwWriteLock(&remembered_lock);
-    free(default_decorations_args.exchange(remembered, std::memory_order_relaxed));
-    const int result = apply_log_decorations(nullptr, remembered);
-    rwWriteUnlock(&remembered_lock);
-    return result;
+    rwWriteLock(&loggers_lock);
+    char* const before = default_decorations_args.exchange(remembered, std::memory_order_relaxed);
+    rwWriteUnlock(&loggers_lock);
+    free(before);
+    return apply_log_decorations(nullptr, args);
 }
 
 void apply_remembered_decorations(logger* log) {
     if (default_decorations_args.load(std::memory_order_relaxed) == nullptr)
         return;
-    rwReadLock(&remembered_lock);
+    rwReadLock(&loggers_lock);
     apply_log_decorations(log, default_decorations_args.load(std::memory_order_relaxed));
-    rwReadUnlock(&remembered_lock);
+    rwReadUnlock(&loggers_lock);
 }

@@ -2,10 +2,9 @@
 //
 // Locks, in the order in which a thread may take them:
 //
-//   remembered_lock the decorations option kept for later, private to decorations.cpp.
-//   loggers_lock    the chain of loggers and the count of modules. Held shared by every walk,
-//                   exclusively only while a logger is linked in. A thread may take it shared
-//                   again while it holds it shared.
+//   loggers_lock    the chain of loggers, the count of modules and the remembered decorations.
+//                   Held shared by every walk, exclusively only while a logger is linked in or the
+//                   option replaced. A thread may take it shared again while it holds it shared.
 //   a module's lock its stream. Shared while a line is written, exclusive while it is replaced.
 //   streams_lock    the list of open log files, private to streams.cpp.
 //
@@ -43,7 +42,7 @@ extern const char* const sanitylevel_names[SANITY_MAX];
 extern const char* const decoration_names[NUM_STD_DECORATIONS];
 
 // Gives a logger that has just joined the chain the decorations that an option has asked for, if
-// one has. Takes remembered_lock shared.
+// one has. Takes loggers_lock shared.
 void apply_remembered_decorations(logger* log);
 
 // format.cpp
