@@ -38,8 +38,9 @@ DynArrayP dynArrayNewMSpace(size_t initCap, size_t elemSize, mspace ms);
 // Makes room for at least `nElems` elements, and no more than that; never makes the array smaller.
 int dynArrayResize(DynArrayP da, size_t nElems);
 
-// Cuts the block down to `nElems` elements; those behind it are dropped. Does nothing when the
-// capacity is not above `nElems`. 0 gives the block back.
+// Cuts the block down to `nElems` elements; those behind it are dropped, and a size that is not
+// above `nElems` stays. Does nothing when the capacity is not above `nElems`. 0 gives the block
+// back.
 int dynArrayShrink(DynArrayP da, size_t nElems);
 
 // Appends a copy of the element at `elemPtr`. A full array doubles its capacity, or gets room for

@@ -89,7 +89,8 @@ typedef struct log_extended_decorator {
     log_decorator func;  // null in an empty slot
 } log_extended_decorator;
 
-// A retired module name.
+// A retired module name. What replaces it may have retired in turn; names that lead in a circle end
+// as a missing replacement does.
 typedef struct logobsolete {
     const char* old_name;
     const char* new_name;        // null when nothing replaces it
