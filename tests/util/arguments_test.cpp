@@ -49,6 +49,13 @@ TEST(ArgIter, SplitsTextIntoItems) {
     }
 }
 
+// Nobody should ask for it, and what the items are nobody says.
+TEST(ArgIter, StaysWithinTheTextWhenTheDelimiterIsAnEqualsSign) {
+    for (size_t length = 0; length < 70; length++)
+        for (const auto& [name, value] : walk("a=b=" + std::string(length, 'c') + "=d", '='))
+            EXPECT_LT(name.size() + value.size(), length + 6);
+}
+
 TEST(ArgIter, AgreesWithThePlainWalkOnRandomText) {
     std::mt19937 random(20260329);
     const std::string alphabet = "abcdefgh=,='\"\\ \xff";
