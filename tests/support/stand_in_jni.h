@@ -15,9 +15,6 @@
 struct StandInObject : _jobject {
     std::string text;  // of a string or class; the exception's class and message
     std::vector<StandInObject*> elements = {};
-    void* address = nullptr;  // of a direct buffer
-    jlong capacity = 0;
-    std::vector<jlong> numbers = {};  // that a constructor was given
 };
 
 class StandInJni : public JNIEnv_ {
@@ -80,10 +77,8 @@ class StandInJni : public JNIEnv_ {
         functions.NewGlobalRef = [](JNIEnv* env, jobject object) {
             return careful(env).fails() ? nullptr : object;
         };
-        functions.GetMethodID = [](JNIEnv* env, jclass, const char* name, const char* signature) {
-            StandInJni& jni = careful(env);
-            const auto id = [&] { return jni.object(std::string(name) + signature); };
-            return jni.fails() ? nullptr : reinterpret_cast<jmethodID>(id());
+        functions.GetMethodID = [](JNIEnv* env, jclass, const char*, const char*) {
+            return careful(env).fails() ? nullptr : reinterpret_cast<jmethodID>(env);
         };
         functions.NewStringUTF = [](JNIEnv* env, const char* text) {
             return careful(env).allocate<jstring>(text);
@@ -100,13 +95,8 @@ class StandInJni : public JNIEnv_ {
             of(array)->elements.at(i) = of(e);
         };
         functions.DeleteLocalRef = [](JNIEnv* env, jobject) { self(env).local_refs--; };
-        functions.NewDirectByteBuffer = [](JNIEnv* env, void* address, jlong capacity) {
-            auto buffer = careful(env).allocate<jobject>("buffer");
-            if (buffer != nullptr) {
-                of(buffer)->address = address;
-                of(buffer)->capacity = capacity;
-            }
-            return buffer;
+        functions.NewDirectByteBuffer = [](JNIEnv* env, void*, jlong) {
+            return careful(env).allocate<jobject>("buffer");
         };
         functions.GetStringUTFChars = [](JNIEnv* env, jstring text, jboolean*) {
             StandInJni& jni = careful(env);
@@ -122,17 +112,8 @@ class StandInJni : public JNIEnv_ {
             careful(env).pending = of(clazz)->text + ": " + message;
             return 0;
         };
-        functions.NewObjectV = [](JNIEnv* env, jclass clazz, jmethodID id, va_list args) {
-            auto* const constructor = reinterpret_cast<StandInObject*>(id);
-            auto made = careful(env).allocate<jobject>(of(clazz)->text + constructor->text);
-            if (made != nullptr) {
-                const jlong handle = va_arg(args, jlong);
-                for (int i = 0; i < 3; i++)
-                    of(made)->elements.push_back(of(va_arg(args, jobject)));
-                const jint defaults[] = {va_arg(args, jint), va_arg(args, jint)};
-                of(made)->numbers = {handle, defaults[0], defaults[1]};
-            }
-            return made;
+        functions.NewObjectV = [](JNIEnv* env, jclass clazz, jmethodID, va_list) {
+            return careful(env).allocate<jobject>(of(clazz)->text);
         };
         functions.RegisterNatives = [](JNIEnv* env, jclass, const JNINativeMethod* all,
                                        jint count) {
