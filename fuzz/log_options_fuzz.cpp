@@ -1,10 +1,10 @@
 // Option strings for levels, sanity levels, log files and decorations, one after the other.
 //
 // The first byte of the input chooses the size of the error buffer; the rest is cut into strings
-// at line breaks. Each string goes to the parser that its first byte
-// names. After each: the result is 0 or -1, a failure is explained in a terminated text within
-// the buffer, levels are levels, and decorations are known ones. At the end every module is back
-// on standard error and no file is left open.
+// at line breaks. Each string goes to the parser that its first byte names. After each: the result
+// is 0 or -1, a failure is explained in a terminated text within the buffer, levels are levels, and
+// decorations are known ones. At the end every module is back on standard error and no file is left
+// open.
 
 #include "support/test_logger.h"
 

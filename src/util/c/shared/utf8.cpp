@@ -11,6 +11,8 @@
 
 #include "util/export/utf8.h"
 
+#include "util/c/shared/wide.h"
+
 #include <immintrin.h>
 #include <string.h>
 
@@ -56,7 +58,6 @@ static bool validate_narrow(const unsigned char* p, const unsigned char* end, bo
     return true;
 }
 
-#define WIDE [[gnu::target("avx2")]]
 #define WIDE_INLINE [[gnu::target("avx2"), gnu::always_inline]] static inline
 
 constexpr ptrdiff_t WIDE_BYTES = 32;
@@ -194,12 +195,6 @@ WIDE static bool validate_wide(const unsigned char* p, const unsigned char* end)
     check_two_blocks<relax>(&check, load(rest), load(rest + WIDE_BYTES));
     return _mm256_testz_si256(check.errors, check.errors) != 0;
 }
-
-#ifdef KX_NARROW
-constexpr bool processor_is_wide = false;  // the tests run this path on any processor
-#else
-static const bool processor_is_wide = __builtin_cpu_supports("avx2");
-#endif
 
 bool utf8_validate(const char* buffer, size_t length, bool relax) {
     const unsigned char* p = reinterpret_cast<const unsigned char*>(buffer);

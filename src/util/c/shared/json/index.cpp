@@ -3,6 +3,8 @@
 
 #include "util/c/shared/json/index.h"
 
+#include "util/c/shared/wide.h"
+
 #include <immintrin.h>
 #include <algorithm>
 
@@ -50,8 +52,6 @@ static Block classify_narrow(const char* p) {
     }
     return block;
 }
-
-#define WIDE [[gnu::target("avx2")]]
 
 // Each byte's class is what its halves have in common.
 constexpr char BLANK_OR_CONTROL = 32;
@@ -146,12 +146,6 @@ template <Block (*classify)(const char*)>
     constexpr u8 EVERYWHERE = ~static_cast<u8>(0);
     put({EVERYWHERE, EVERYWHERE, EVERYWHERE});
 }
-
-#ifdef KX_NARROW
-constexpr bool processor_is_wide = false;  // the tests run this path on any processor
-#else
-static const bool processor_is_wide = __builtin_cpu_supports("avx2");
-#endif
 
 WIDE static void index_wide(Index* index, const char* p, const char* end) {
     index_blocks<classify_wide>(index, p, end);
