@@ -73,7 +73,8 @@ static inline void sw_bytes(streamwriter* w, const void* buf, size_t len) {
     const size_t room = SW_BUFFER_BYTES - w->buf_pos;
     if (len == 0)
         return;  // an empty block may be null
-    if (len > room) {
+    // For a block of known size the second question is for the compiler, which warns otherwise.
+    if (len > room || len > SW_BUFFER_BYTES) {
         sw_bytes_unbuffered(w, buf, len);
         return;
     }
