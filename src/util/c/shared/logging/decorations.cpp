@@ -1,4 +1,4 @@
-// Names of levels and decorations, and the option string that sets decorations.
+// The option string that sets decorations.
 //
 // An item of that string names a standard decoration, an extended one of some component, or both
 // at once. The whole string is kept for components that are loaded later.
@@ -13,11 +13,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <atomic>
-
-const char* const msglevel_names[MSG_MAX] = {"QUIET", "ERROR", "WARN", "INFO", "DEBUG", "TRACE"};
-const char* const sanitylevel_names[SANITY_MAX] = {"NONE", "MINIMAL", "CHECK", "DEBUG", "TRACE"};
-const char* const decoration_names[NUM_STD_DECORATIONS] = {
-    "LEVEL", "MODULE", "TIMESTAMP", "MILLIS", "NANOS", "OSTHREADID", "PID"};
 
 constexpr unsigned ALL_DECORATIONS = ~0U;
 constexpr unsigned DEFAULT_DECORATIONS = LOG_DECORATION_BIT(DECORATION_MODULE) |

@@ -39,11 +39,30 @@ static int count_digits(u8 value) {
     return estimate + ((value | 1) >= POWERS_OF_TEN[estimate]);
 }
 
-// Written in place from the last digit on.
+struct DigitPairs {
+    char text[200];
+};
+
+// "00" to "99".
+constexpr DigitPairs DIGIT_PAIRS = [] {
+    DigitPairs pairs = {};
+    for (size_t i = 0; i < 100; i++) {
+        pairs.text[2 * i] = static_cast<char>('0' + i / 10);
+        pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+// Written in place from the last digit on, two at a time.
 static char* put_digits(char* position, u8 value, int digits) {
     char* const end = position + digits;
-    for (char* p = end; p > position; value /= 10)
-        *--p = static_cast<char>('0' + value % 10);
+    char* p = end;
+    for (; p - position >= 2; value /= 100) {
+        p -= 2;
+        memcpy(p, DIGIT_PAIRS.text + 2 * (value % 100), 2);
+    }
+    if (p > position)
+        *position = static_cast<char>('0' + value % 10);
     return end;
 }
 

@@ -37,10 +37,6 @@ void logiter_init(logiter* iter, logger* l, LogModule m);
 
 // decorations.cpp
 
-extern const char* const msglevel_names[MSG_MAX];
-extern const char* const sanitylevel_names[SANITY_MAX];
-extern const char* const decoration_names[NUM_STD_DECORATIONS];
-
 // Gives a logger that has just joined the chain the decorations that an option has asked for, if
 // one has. Takes loggers_lock shared.
 void apply_remembered_decorations(logger* log);
@@ -122,6 +118,14 @@ void module_list_destroy(ModuleList* list);
 void module_list_sort(ModuleList* list);
 
 }  // extern "C"
+
+// The names that options and lines use.
+inline constexpr const char* msglevel_names[MSG_MAX] = {"QUIET", "ERROR", "WARN",
+                                                        "INFO",  "DEBUG", "TRACE"};
+inline constexpr const char* sanitylevel_names[SANITY_MAX] = {"NONE", "MINIMAL", "CHECK", "DEBUG",
+                                                              "TRACE"};
+inline constexpr const char* decoration_names[NUM_STD_DECORATIONS] = {
+    "LEVEL", "MODULE", "TIMESTAMP", "MILLIS", "NANOS", "OSTHREADID", "PID"};
 
 // Levels and decoration words are read by other threads while they change.
 template <typename T>

@@ -26,17 +26,41 @@ constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_D
 // The standard decorations are written one by one into the line, which has room for all of them,
 // and cut to their budget together.
 
-// Left-justified in exactly `width` columns, at most 7. The text is put together in a register:
-// the stream copies the line in wide pieces soon after, and those would wait for single bytes to
-// leave the store buffer.
-static char* put_column(char* position, const char* text, int width) {
-    u8 columns = 0x2020202020202020;  // spaces
-    for (int i = 0; i < width && text[i] != '\0'; i++)
-        columns ^= static_cast<u8>(static_cast<unsigned char>(text[i]) ^ ' ') << (8 * i);
+// Left-justified in exactly seven columns. The text is put together in a register: the stream
+// copies the line in wide pieces soon after, and those would wait for single bytes to leave the
+// store buffer.
+static char* put_module(char* position, const char* name) {
+    constexpr int WIDTH = 7;
+    u8 columns = 0x5D20202020202020;  // spaces and the closing bracket
+    for (int i = 0; i < WIDTH && name[i] != '\0'; i++)
+        columns ^= static_cast<u8>(static_cast<unsigned char>(name[i]) ^ ' ') << (8 * i);
     *position++ = '[';
     memcpy(position, &columns, sizeof columns);
-    position[width] = ']';
-    return position + width + 1;
+    return position + WIDTH + 1;
+}
+
+constexpr size_t LEVEL_COLUMN_BYTES = 7;
+
+// One byte more, so that a column is copied in one piece. The last is for levels without name.
+struct LevelColumns {
+    char text[MSG_MAX + 1][LEVEL_COLUMN_BYTES + 1];
+};
+
+constexpr LevelColumns LEVEL_COLUMNS = [] {
+    LevelColumns columns = {};
+    for (unsigned level = 0; level <= MSG_MAX; level++) {
+        char* const text = columns.text[level];
+        std::copy_n("[     ]", LEVEL_COLUMN_BYTES, text);
+        const char* const name = level < MSG_MAX ? msglevel_names[level] : "?";
+        for (int i = 0; name[i] != '\0'; i++)
+            text[1 + i] = name[i];
+    }
+    return columns;
+}();
+
+static char* put_level(char* position, MsgLevel level) {
+    memcpy(position, LEVEL_COLUMNS.text[std::min(level, MSG_MAX)], LEVEL_COLUMN_BYTES + 1);
+    return position + LEVEL_COLUMN_BYTES;
 }
 
 static char* put_bracketed(char* position, s8 value, int min_digits) {
@@ -62,9 +86,9 @@ static bool has(unsigned decorations, int decoration) {
 
 static char* put_standard(char* position, const logmodule* m, unsigned d, MsgLevel level) {
     if (has(d, DECORATION_LEVEL))
-        position = put_column(position, level < MSG_MAX ? msglevel_names[level] : "?", 5);
+        position = put_level(position, level);
     if (has(d, DECORATION_MODULE))
-        position = put_column(position, m->names[0], 7);
+        position = put_module(position, m->names[0]);
     if (has(d, DECORATION_TIMESTAMP))
         position = put_timestamp(position);
     if (has(d, DECORATION_MILLIS))
