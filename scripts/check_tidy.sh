@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:?build folder}
 git ls-files -z 'src/*.cpp' 'examples/*.cpp' 'examples/*.c' |
-    xargs -0 -P "$(nproc)" -n 4 clang-tidy --quiet -p "$build" 2> >(grep -v 'warnings generated' >&2)
+    xargs -0 -P "$(nproc)" -n 4 clang-tidy --quiet -p "$build" 2> >(grep -vE '^[0-9]+ warnings? generated' >&2)
