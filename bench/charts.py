@@ -50,6 +50,10 @@ def plain_numbers(axis):
     axis.set_minor_formatter(ticker.NullFormatter())
 
 
+def add_legend(axes, *entries):
+    axes.legend(*entries, loc="upper left", bbox_to_anchor=(1.02, 1), frameon=False, fontsize=7)
+
+
 def draw_ratios(facility, cases):
     """A bar from 1, which is kxutil, to contender / kxutil; a group of bars for each case."""
     charted = [c for c in facility.cases if facility.charted is None or c.key in facility.charted]
@@ -86,9 +90,7 @@ def draw_ratios(facility, cases):
     axes.set_xlabel("time / kxutil's time: right of 1 is slower than kxutil")
     axes.set_title(facility.title)
     handles = [pyplot.Rectangle((0, 0), 1, 1, color=colour) for colour in colours.values()]
-    axes.legend(
-        handles, colours, loc="upper left", bbox_to_anchor=(1.02, 1), frameon=False, fontsize=7
-    )
+    add_legend(axes, handles, colours)
     return figure
 
 
@@ -129,11 +131,13 @@ def draw_growth(facility, cases):
         axes.set_yscale("log")
         axes.set_xticks(list(points), [size_label(size) for size in points])
         axes.set_xticks([], minor=True)
+        least, most = axes.get_ylim()
+        axes.yaxis.set_major_locator(ticker.LogLocator(subs=(1, 2, 5) if most < 100 * least else (1,)))
         plain_numbers(axes.yaxis)
         axes.set_xlabel(curve.unit)
         axes.set_ylabel("ns")
         axes.set_title(curve.title)
-        axes.legend(frameon=False, fontsize=7)
+        add_legend(axes)
     figure.tight_layout()
     return figure
 
