@@ -97,6 +97,7 @@ const DocumentCase DOCUMENT_CASES[] = {
     {"// c\n{/* a */a/**/://\n1/*b*/}/", "{ k:a i:1 }"},
     {"/***/[/*/ 1 */2/* **/3/*a*//*b*/4//x\n//y\n5]", "[ i:2 i:3 i:4 i:5 ]"},
     {"[abc/*x*/def 'a/*b*/']", "[ s:abc s:def s:a/*b*/ ]"},
+    {"[TRUE/**/null/**/False/**/1]", "[ true null false i:1 ]"},
     {"[1 /* open", "[ i:1 ! Missing value, line 1, \"\""},
     {"[1 /*/", "[ i:1 ! Missing value, line 1, \"\""},
     {"[1 // open", "[ i:1 ! Missing value, line 1, \"\""},
@@ -170,6 +171,7 @@ const DocumentCase WORD_CASES[] = {
     {"0xfe", "f:254"},  // the lower-case "e" makes it a float first
     {"0x1p3", "s:0x1p3"},
     {"1e400", "f:inf"},
+    {"1.8e308", "f:inf"},
     {"1e5x", "s:1e5x"},
     {"1.5.2", "s:1.5.2"},
     {".", "s:."},
@@ -377,6 +379,7 @@ TEST(Json, ReadsTokensOfEveryLength) {
         expect_same("['" + letters + "\\u00e9\\x41y' " + letters + "\xE6\x97\xA5" + "y;");
         expect_same("[" + digits + " " + digits + ".5 " + digits + "e " + letters + "\n;");
         expect_same("['" + letters + "\n");
+        expect_same("[\"" + letters + "\\x41\\u12zz\\u00e9" + letters + "\"]");
     }
 }
 
