@@ -165,7 +165,9 @@ struct Reader {
             deliver(JSON_FLOAT, {}, std::bit_cast<uint64_t>(floating));
             return true;
         }
-        if (std::sscanf(buffer.c_str(), "%li%c", &integer, &more) != 1)
+        const std::string digits = buffer.substr(buffer.find_first_not_of("+-") == 1);
+        const bool is_binary = digits.starts_with("0b") || digits.starts_with("0B");
+        if (is_binary || std::sscanf(buffer.c_str(), "%li%c", &integer, &more) != 1)
             return false;
         deliver(JSON_INTEGER, {}, static_cast<uint64_t>(integer));
         return true;

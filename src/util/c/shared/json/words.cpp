@@ -111,6 +111,13 @@ static bool may_be_number(const char* word) {
     return kestrum_util_strnicmp(word, "inf", 3) == 0 || kestrum_util_strnicmp(word, "nan", 3) == 0;
 }
 
+// Newer C libraries take "0b1" for a number where a C++ program asks for "%li". A document means
+// the same everywhere.
+static bool is_binary(const char* word) {
+    word += *word == '-' || *word == '+';
+    return word[0] == '0' && (word[1] == 'b' || word[1] == 'B');
+}
+
 static bool try_send_number(json* js, const char* token, const char* end) {
     const char* const word = js->buffer;
     JSONVal value;
@@ -122,7 +129,7 @@ static bool try_send_number(json* js, const char* token, const char* end) {
         return true;
     }
     long integer;
-    if (sscanf(word, "%li%c", &integer, &rest) != 1)
+    if (is_binary(word) || sscanf(word, "%li%c", &integer, &rest) != 1)
         return false;
     value.int_value = integer;
     deliver(js, token, end, JSON_INTEGER, &value);
