@@ -179,8 +179,9 @@ int logParseLogFilesEx(const char* args, char* errbuf, size_t errlen,
 // components with one of that name, on those of the newest.
 //
 // Returns 0; -1 for an unknown name (those before it are set, and the string is remembered all
-// the same), or when memory runs out. When the string cannot be remembered, nothing changes. Not
-// to be called in the middle of a walk of one's own.
+// the same), or when memory runs out. When the string cannot be remembered, nothing changes. Of two
+// calls at once each sets its own, and the words may end up with some of both. Not to be called in
+// the middle of a walk of one's own.
 int logParseLogDecorations(const char* args);
 
 // The same for the modules of one logger, or of every logger when `the_logger` is null, without
