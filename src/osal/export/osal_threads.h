@@ -16,15 +16,22 @@ extern "C" {
 // belongs to these four functions. A word must not be copied or reset while anybody uses it.
 //
 // Any number of threads hold a word for reading at once, and a thread may take a read hold that
-// it already has again: readers never wait for a waiting writer, only for one that holds the
-// word. So a steady stream of overlapping readers can keep a writer waiting. A hold may be
-// released by another function than took it, on the same thread. A thread must not ask for the
-// word while it holds it for writing, nor for writing while it holds it for reading: both wait
-// for ever.
+// it already has again. A hold may be released by another function than took it, on the same
+// thread. A thread must not ask for the word while it holds it for writing, nor for writing while
+// it holds it for reading: both wait for ever.
+//
+// A writer waits for the readers that hold the word. When new ones have kept it out for some
+// milliseconds, readers that hold no lock word let it pass: they wait for it, but no longer than a
+// tenth of a second, and then go ahead. So neither side waits for the other without limit.
 //
 // Without contention each call is one atomic instruction and no system call; a thread that must
-// wait spins briefly and then sleeps in the kernel. None of them fails, allocates or touches the
-// last-error value.
+// wait spins briefly and then sleeps in the kernel. None of them fails, allocates, is a
+// cancellation point or touches the last-error value.
+//
+// A child of fork() starts with words that no thread holds, except those that the forking thread
+// holds: its holds go on in the child. (A thread that holds more than 13 words when it forks loses
+// the further ones there; releasing them then does nothing.) Not so after a bare fork or clone
+// system call.
 
 // Waits until no writer holds the word, then holds it for reading.
 void rwReadLock(volatile int* lock);

@@ -1,44 +1,83 @@
 // Reader-writer locks in one word.
 //
-//   bit 0   WRITER           a writer holds the word
-//   bit 1   READERS_ASLEEP   readers may be sleeping until that writer is gone
-//   bit 2   WRITERS_ASLEEP   writers may be sleeping until the word is free
-//   rest    reader count     threads that hold the word for reading, and those that wait to
+//   bit 0        WRITER           a writer holds the word
+//   bit 1        READERS_ASLEEP   readers may be sleeping until that writer is gone
+//   bit 2        WRITERS_ASLEEP   writers may be sleeping until the word is free
+//   bit 3        WRITER_STARVES   a writer has waited long; readers let it pass
+//   bits 4-11    generation       the process that last used the word, see below
+//   bits 12-31   reader count     threads that hold the word for reading, and those that wait to
 //
 // A reader adds itself to the count first and looks afterwards. When no writer was there it holds
 // the word; otherwise it waits for the writer's bit to go, and then holds the word already, since
-// no writer enters while the count is above zero. So a reader never retries and never undoes, and
-// only a writer that holds the word can delay it. A writer enters when both its bit and the count
+// no writer enters while the count is above zero. A writer enters when both its bit and the count
 // are zero.
+//
+// Courtesy. Overlapping readers never let the count reach zero, so a writer that has waited for
+// PATIENCE_MS sets WRITER_STARVES. A reader that finds the bit takes itself out of the count again
+// and naps until the bit is gone, but no longer than COURTESY_MS; then it goes ahead. It must not
+// wait for longer: whoever holds the word may be waiting for something that this reader has. For
+// the same reason a thread that holds any lock word gives no way, and a thread whose courtesy was
+// in vain gives none for COURTESY_PAUSE_MS. The writer that enters clears the bit.
 //
 // Sleepers wait in the kernel on the word itself, readers and writers under different wake masks.
 // Releasing is one atomic subtraction whose old value tells whether anybody may be asleep.
 //   - The writer that leaves wakes all sleeping readers.
-//   - Whoever leaves the word free with WRITERS_ASLEEP set clears that bit and wakes one writer.
-//     A writer that has slept sets the bit again when it enters, because it cannot know whether
-//     it was the last one; that costs at most one empty wake-up and loses none.
+//   - The thread that leaves the word free with WRITERS_ASLEEP set clears that bit and wakes one
+//     writer. A writer that has slept sets the bit again when it enters, because it cannot know
+//     whether it was the last one; that costs at most one empty wake-up and loses none.
 // A bit is always cleared before its wake-up: a thread that goes to sleep in between still finds
-// its expected value changed, or is among those woken.
+// its expected value changed, or is among those woken. Sleeping and napping are bare system calls,
+// because the C library's functions would be cancellation points.
+//
+// fork() copies words that other threads hold, and those threads do not exist in the child. So the
+// child is a new generation, and a word of another generation is free, whatever else it says. The
+// holds of the thread that forked go on: it keeps a list of them, from which the child's handler
+// marks their words anew. Generations repeat after 256 forks of children by children.
 
 #include "osal/export/osal_threads.h"
 
 #include <errno.h>
 #include <limits.h>
 #include <linux/futex.h>
+#include <pthread.h>
 #include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
+#include <algorithm>
 #include <atomic>
 
 constexpr unsigned WRITER = 1;
 constexpr unsigned READERS_ASLEEP = 2;
 constexpr unsigned WRITERS_ASLEEP = 4;
-constexpr unsigned ONE_READER = 8;
-constexpr unsigned HELD = ~(READERS_ASLEEP | WRITERS_ASLEEP);  // by a writer or by readers
+constexpr unsigned WRITER_STARVES = 8;
+constexpr unsigned ONE_GENERATION = 0x10;
+constexpr unsigned GENERATIONS = 0xFF0;
+constexpr unsigned ONE_READER = 0x1000;
+constexpr unsigned HELD = WRITER | ~(ONE_READER - 1);  // by a writer or by readers
 
 constexpr unsigned READER_MASK = 1;
 constexpr unsigned WRITER_MASK = 2;
 
 constexpr int SPINS = 100;  // a few hundred nanoseconds to a microsecond: shorter than a sleep
+constexpr long NANOS_PER_MILLI = 1'000'000;
+constexpr long PATIENCE_MS = 5;           // of a writer; far more than a line takes to print
+constexpr int COURTESY_MS = 100;          // longer than several threads take to print slowly
+constexpr long COURTESY_PAUSE_MS = 1000;  // ten times as much, so that courtesy costs a tenth
+
+// The words that the thread holds, in the order in which it took them. More than `words` has room
+// for are only counted.
+struct Holds {
+    static constexpr unsigned ROOM = 13;
+
+    unsigned listed;
+    unsigned unlisted;
+    unsigned lost;           // unlisted ones that a fork has ended
+    long courteous_from_ms;  // 0 at first
+    volatile int* words[ROOM];
+};
+
+static thread_local Holds holds;
+static unsigned generation;  // changes in a fork's child only, before it starts threads
 
 using Word = std::atomic_ref<unsigned>;
 
@@ -47,68 +86,99 @@ static Word word_of(volatile int* lock) {
     return Word(*reinterpret_cast<unsigned*>(const_cast<int*>(lock)));
 }
 
-static long futex(volatile int* lock, int operation, unsigned value, unsigned mask) {
-    return syscall(SYS_futex, lock, operation | FUTEX_PRIVATE_FLAG, value, nullptr, nullptr, mask);
+static bool is_of_this_process(unsigned word) {
+    return (word & GENERATIONS) == generation;
 }
 
-// Sleeps until woken under `mask`; returns at once when the word no longer holds `expected`.
-static void sleep_on(volatile int* lock, unsigned expected, unsigned mask) {
+static inline void note_hold(volatile int* lock) {
+    if (__builtin_expect(holds.listed < Holds::ROOM, true))
+        holds.words[holds.listed++] = lock;
+    else
+        holds.unlisted++;
+}
+
+// Takes a hold that is not the latest one off the list; false when a fork has ended it already.
+[[gnu::noinline]] static bool forget_older_hold(volatile int* lock) {
+    volatile int** const end = holds.words + holds.listed;
+    volatile int** const found = std::find(holds.words, end, lock);
+    if (found != end) {
+        std::copy(found + 1, end, found);
+        holds.listed--;
+    } else if (holds.unlisted > 0) {
+        holds.unlisted--;
+    } else if (holds.lost > 0) {
+        holds.lost--;
+        return false;
+    }
+    return true;
+}
+
+static inline bool forget_hold(volatile int* lock) {
+    const unsigned latest = holds.listed - 1;
+    if (__builtin_expect(latest >= Holds::ROOM || holds.words[latest] != lock, false))
+        return forget_older_hold(lock);
+    holds.listed = latest;
+    return true;
+}
+
+// In a fork's child: frees every word, but for the holds of this thread.
+static void start_generation() {
+    generation = (generation + ONE_GENERATION) & GENERATIONS;
+    for (unsigned i = 0; i < holds.listed; i++) {
+        const Word word = word_of(holds.words[i]);
+        word.store(generation | (word.load(std::memory_order_relaxed) & WRITER),
+                   std::memory_order_relaxed);
+    }
+    for (unsigned i = 0; i < holds.listed; i++) {
+        const Word word = word_of(holds.words[i]);
+        if ((word.load(std::memory_order_relaxed) & WRITER) == 0)
+            word.fetch_add(ONE_READER, std::memory_order_relaxed);
+    }
+    holds.lost += holds.unlisted;
+    holds.unlisted = 0;
+}
+
+__attribute__((constructor(101))) static void watch_forks() {
+    pthread_atfork(nullptr, nullptr, start_generation);
+}
+
+static long now_ms() {
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000 + now.tv_nsec / NANOS_PER_MILLI;
+}
+
+static struct timespec as_timespec(long milliseconds) {
+    return {milliseconds / 1000, milliseconds % 1000 * NANOS_PER_MILLI};
+}
+
+// Sleeps until woken under `mask`, or until the clock of now_ms() says `until_ms` unless that is 0;
+// returns immediately when the word no longer holds `expected`.
+static void sleep_on(volatile int* lock, unsigned expected, unsigned mask, long until_ms) {
     const int saved_errno = errno;
-    futex(lock, FUTEX_WAIT_BITSET, expected, mask);
+    const struct timespec until = as_timespec(until_ms);
+    syscall(SYS_futex, lock, FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG, expected,
+            until_ms != 0 ? &until : nullptr, nullptr, mask);
     errno = saved_errno;
 }
 
 static void wake(volatile int* lock, int threads, unsigned mask) {
     const int saved_errno = errno;
-    futex(lock, FUTEX_WAKE_BITSET, static_cast<unsigned>(threads), mask);
+    syscall(SYS_futex, lock, FUTEX_WAKE_BITSET | FUTEX_PRIVATE_FLAG, threads, nullptr, nullptr,
+            mask);
     errno = saved_errno;
 }
 
-// Waits for the writer to leave. The caller is in the count already.
-[[gnu::noinline]] static void wait_for_reading(volatile int* lock) {
-    Word word = word_of(lock);
-    for (int spins = 0;; spins++) {
-        unsigned now = word.load(std::memory_order_acquire);
-        if ((now & WRITER) == 0)
-            return;
-        if (spins < SPINS) {
-            __builtin_ia32_pause();
-            continue;
-        }
-        if ((now & READERS_ASLEEP) != 0 ||
-            word.compare_exchange_weak(now, now | READERS_ASLEEP, std::memory_order_relaxed))
-            sleep_on(lock, now | READERS_ASLEEP, READER_MASK);
-    }
-}
-
-// Waits for the word to be free and enters. `asleep` is what the writer adds to the word when it
-// enters: nothing until it has slept.
-[[gnu::noinline]] static void wait_for_writing(volatile int* lock) {
-    Word word = word_of(lock);
-    unsigned asleep = 0;
-    for (int spins = 0;; spins++) {
-        unsigned now = word.load(std::memory_order_relaxed);
-        if ((now & HELD) == 0) {
-            if (word.compare_exchange_weak(now, now | WRITER | asleep, std::memory_order_acquire,
-                                           std::memory_order_relaxed))
-                return;
-            continue;
-        }
-        if (spins < SPINS) {
-            __builtin_ia32_pause();
-            continue;
-        }
-        if ((now & WRITERS_ASLEEP) == 0 &&
-            !word.compare_exchange_weak(now, now | WRITERS_ASLEEP, std::memory_order_relaxed))
-            continue;
-        asleep = WRITERS_ASLEEP;
-        sleep_on(lock, now | WRITERS_ASLEEP, WRITER_MASK);
-    }
+static void nap() {
+    const int saved_errno = errno;
+    const struct timespec time = as_timespec(1);
+    syscall(SYS_nanosleep, &time, nullptr);
+    errno = saved_errno;
 }
 
 // Wakes one writer unless somebody else holds the word, who then sees the bit on leaving.
-static void wake_one_writer(volatile int* lock) {
-    Word word = word_of(lock);
+[[gnu::noinline]] static void wake_one_writer(volatile int* lock) {
+    const Word word = word_of(lock);
     unsigned now = word.load(std::memory_order_relaxed);
     while ((now & HELD) == 0 && (now & WRITERS_ASLEEP) != 0) {
         if (word.compare_exchange_weak(now, now & ~WRITERS_ASLEEP, std::memory_order_relaxed)) {
@@ -125,27 +195,130 @@ static void wake_one_writer(volatile int* lock) {
     wake_one_writer(lock);
 }
 
-void rwReadLock(volatile int* lock) {
-    const unsigned before = word_of(lock).fetch_add(ONE_READER, std::memory_order_acquire);
-    if (__builtin_expect((before & WRITER) != 0, false))
-        wait_for_reading(lock);
-}
-
-void rwReadUnlock(volatile int* lock) {
+// Takes a reader out of the count.
+static inline void leave_reading(volatile int* lock) {
     const unsigned before = word_of(lock).fetch_sub(ONE_READER, std::memory_order_release);
-    if (__builtin_expect((before & ~READERS_ASLEEP) == (ONE_READER | WRITERS_ASLEEP), false))
+    const unsigned rest = before & ~(READERS_ASLEEP | WRITER_STARVES | GENERATIONS);
+    if (__builtin_expect(rest == (ONE_READER | WRITERS_ASLEEP), false))
         wake_one_writer(lock);
 }
 
-void rwWriteLock(volatile int* lock) {
-    unsigned free = 0;
-    if (__builtin_expect(!word_of(lock).compare_exchange_strong(
-                             free, WRITER, std::memory_order_acquire, std::memory_order_relaxed),
+// Naps outside the count while a writer starves, unless this thread may not or has just done so in
+// vain.
+static void let_writer_pass(volatile int* lock) {
+    if (holds.listed + holds.unlisted > 0 || now_ms() < holds.courteous_from_ms)
+        return;
+    const Word word = word_of(lock);
+    leave_reading(lock);
+    int naps = 0;
+    while (naps < COURTESY_MS && (word.load(std::memory_order_relaxed) & WRITER_STARVES) != 0) {
+        nap();
+        naps++;
+    }
+    if (naps == COURTESY_MS)
+        holds.courteous_from_ms = now_ms() + COURTESY_PAUSE_MS;
+    word.fetch_add(ONE_READER, std::memory_order_acquire);
+}
+
+// Waits for the writer to leave. The caller is in the count already.
+static void wait_for_writer(volatile int* lock) {
+    const Word word = word_of(lock);
+    for (int spins = 0;; spins++) {
+        unsigned now = word.load(std::memory_order_acquire);
+        if ((now & WRITER) == 0)
+            return;
+        if (spins < SPINS) {
+            __builtin_ia32_pause();
+            continue;
+        }
+        if ((now & READERS_ASLEEP) != 0 ||
+            word.compare_exchange_weak(now, now | READERS_ASLEEP, std::memory_order_relaxed))
+            sleep_on(lock, now | READERS_ASLEEP, READER_MASK, 0);
+    }
+}
+
+// Starts the word anew with this thread as its reader; false when another thread has started it,
+// and so has overwritten what this one had added to the count.
+static bool take_over_for_reading(volatile int* lock) {
+    const Word word = word_of(lock);
+    unsigned now = word.load(std::memory_order_relaxed);
+    while (!is_of_this_process(now))
+        if (word.compare_exchange_weak(now, generation | ONE_READER, std::memory_order_acquire,
+                                       std::memory_order_relaxed))
+            return true;
+    return false;
+}
+
+// Goes on for a reader that has added itself to the word, which said `before`.
+[[gnu::noinline]] static void read_lock_slow(volatile int* lock, unsigned before) {
+    if (!is_of_this_process(before)) {
+        if (take_over_for_reading(lock))
+            return;
+        before = word_of(lock).fetch_add(ONE_READER, std::memory_order_acquire);
+    }
+    if ((before & WRITER_STARVES) != 0)
+        let_writer_pass(lock);
+    wait_for_writer(lock);
+}
+
+// Waits for the word to be free and enters. `marks` is what the writer tells others while it
+// waits, `asleep` what it adds to the word when it enters: nothing until it has slept.
+[[gnu::noinline]] static void write_lock_slow(volatile int* lock) {
+    const Word word = word_of(lock);
+    const long starves_from_ms = now_ms() + PATIENCE_MS;
+    unsigned marks = WRITERS_ASLEEP;
+    unsigned asleep = 0;
+    for (int spins = 0;; spins++) {
+        unsigned now = word.load(std::memory_order_relaxed);
+        const unsigned valid = is_of_this_process(now) ? now : generation;
+        if ((valid & HELD) == 0) {
+            if (word.compare_exchange_weak(now, (valid & ~WRITER_STARVES) | WRITER | asleep,
+                                           std::memory_order_acquire, std::memory_order_relaxed))
+                return;
+            continue;
+        }
+        if (spins < SPINS) {
+            __builtin_ia32_pause();
+            continue;
+        }
+        if ((now & marks) != marks &&
+            !word.compare_exchange_weak(now, now | marks, std::memory_order_relaxed))
+            continue;
+        asleep = WRITERS_ASLEEP;
+        const long before_ms = now_ms();
+        // Not for ever, because another writer that enters clears the mark of this one.
+        sleep_on(lock, now | marks, WRITER_MASK, before_ms + PATIENCE_MS);
+        if (before_ms >= starves_from_ms)
+            marks |= WRITER_STARVES;
+    }
+}
+
+void rwReadLock(volatile int* lock) {
+    const unsigned before = word_of(lock).fetch_add(ONE_READER, std::memory_order_acquire);
+    if (__builtin_expect(((before ^ generation) & (WRITER | WRITER_STARVES | GENERATIONS)) != 0,
                          false))
-        wait_for_writing(lock);
+        read_lock_slow(lock, before);
+    note_hold(lock);
+}
+
+void rwReadUnlock(volatile int* lock) {
+    if (__builtin_expect(forget_hold(lock), true))
+        leave_reading(lock);
+}
+
+void rwWriteLock(volatile int* lock) {
+    unsigned free = generation;
+    if (__builtin_expect(
+            !word_of(lock).compare_exchange_strong(
+                free, generation | WRITER, std::memory_order_acquire, std::memory_order_relaxed),
+            false))
+        write_lock_slow(lock);
+    note_hold(lock);
 }
 
 void rwWriteUnlock(volatile int* lock) {
+    if (__builtin_expect(!forget_hold(lock), false))
+        return;
     const unsigned before = word_of(lock).fetch_sub(WRITER, std::memory_order_release);
     if (__builtin_expect((before & (READERS_ASLEEP | WRITERS_ASLEEP)) != 0, false))
         wake_after_writing(lock);
