@@ -20,6 +20,10 @@ for compiler in "$cc -std=c11" "$cxx -std=c++17"; do
 extern "C"
 #endif
 bool level_test(void) { return logEnabled(DBG_B, MSG_DEBUG); }
+#ifdef __cplusplus
+extern "C"
+#endif
+int statement(int a) { if (a > 1) logPrint(DBG_B, MSG_DEBUG, "%d", a); else a++; return a * 3; }
 CODE
     code=$(objdump -dr --no-show-raw-insn --disassemble=level_test "$folder/level.o" | grep -E '^ +[0-9a-f]+:')
     [ -z "$show" ] || { echo "$code"; continue; }
@@ -28,6 +32,11 @@ CODE
     answers=$(grep -cE '\b(seta|setae|setb|setbe) ' <<< "$code" || true)
     if [ "$loads" != 1 ] || [ "$comparisons" != 1 ] || [ "$answers" != 1 ] || grep -qE 'call|GOT|PLT' <<< "$code"; then
         printf '%s: not one load and one unsigned comparison:\n%s\n' "$compiler" "$code" >&2
+        failed=1
+    fi
+    # The call comes after the return: a statement that is off takes no jump.
+    if ! objdump -dr --no-show-raw-insn --disassemble=statement "$folder/level.o" | grep -oE '\bret\b|call' | head -n 1 | grep -q ret; then
+        echo "$compiler: the call of a statement that is off is in the way" >&2
         failed=1
     fi
 done

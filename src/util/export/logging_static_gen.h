@@ -13,8 +13,7 @@
 //     #include "gc_log.h"
 //
 //     // anywhere in the component
-//     if (logEnabled(DBG_GC, MSG_DEBUG))
-//         _logforceprint(&_loggers, DBG_GC, MSG_DEBUG, "freed %zu bytes", freed);
+//     logPrint(DBG_GC, MSG_DEBUG, "freed %zu bytes", freed);
 //
 // Only LOG_MODULES is required. The descriptions:
 //
@@ -39,8 +38,10 @@
 //   LOG_SANITY_DEFAULT                sanity level at start and after a reset; SANITY_NONE
 //
 // Everything this header defines has the same name in every component and is hidden in it, so
-// that components never see one another's. Link with the utility library and its platform layer,
-// and a shared object with "-z nodelete": a component stays registered, so it must not be unloaded.
+// that components never see one another's. (C++ inline functions with log statements that two
+// components share need -fvisibility-inlines-hidden: otherwise both run the copy of one of them.)
+// Link with the utility library and its platform layer. A component stays loaded once it is
+// registered; link a shared object with "-z nodelete", which says so to everybody.
 #ifndef UTIL_EXPORT_LOGGING_STATIC_GEN_H
 #define UTIL_EXPORT_LOGGING_STATIC_GEN_H
 
@@ -70,10 +71,11 @@
 #error "LOG_EXTENDED_DECORATORS need LOG_MAX_DECORATION_SIZE, the bytes they may add to a line"
 #endif
 
-// Flags of a module.
+// Flags of a module. The values are none of a decorations word, so that
+// exchanged columns do not compile.
 enum {
-    LOG_IS_DEFAULT = 1,  // an empty message-level option raises it to MSG_INFO
-    LOG_IS_LINKED = 2    // follows the module of the same name of a component loaded earlier
+    LOG_IS_DEFAULT = 0x10000,  // an empty message-level option raises it to MSG_INFO
+    LOG_IS_LINKED = 0x20000    // follows the module of the same name of a component loaded earlier
 };
 
 // The usual initial decorations.
@@ -105,17 +107,39 @@ extern logger _loggers;
 // component's ordinary constructors, which may print; nobody calls it.
 __attribute__((constructor(102))) void _siloginit(void);
 
-// Prints a line whatever the module's level is, see _logforceprintv(); the caller tests
-// logEnabled() first.
+// Prints a line whatever the module's level is, see _logforceprintv(). What logPrint() calls when
+// its test succeeds.
 //
 //   loggers  the component's own _loggers
 void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const char* fmt, ...)
     __attribute__((format(printf, 4, 5)));
 
+// The log statement: prints a line to a module of this component if a message of that level is to
+// be printed.
+//
+//   logPrint(module, level, fmt, ...);
+//
+//   module  a real index, evaluated once
+//   level   a MsgLevel, evaluated once
+//   fmt     a format as printf() takes it, checked by the compiler, and its arguments, which are
+//           evaluated only when the line is printed
+//
+// A statement, also alone in a branch of `if`. While it is off it costs one load and one
+// comparison; the call stands out of the way of the code around it. May be called on any thread.
+#define logPrint(module, level, ...)                                         \
+    do {                                                                     \
+        const LogModule log_module_ = (module);                              \
+        const MsgLevel log_level_ = (level);                                 \
+        if (__builtin_expect(logEnabled(log_module_, log_level_), false))    \
+            _logforceprint(&_loggers, log_module_, log_level_, __VA_ARGS__); \
+    } while (0)
+
 // Holds a module's stream for direct writing: it is neither replaced nor closed until
-// _log_release_stream(), which the same thread calls soon. Meanwhile this thread may print to the
-// module, but must not parse log-file options or load a component: both may wait for the hold.
-// Other threads' lines to the module go on. `module` is a real index.
+// _log_release_stream(), which the same thread calls soon. Several threads may hold it: a hold
+// keeps options away, not other writers, whose lines go on in between; flockfile() keeps those
+// away, too. Meanwhile this thread may print to the module and set levels and decorations, but
+// must not parse log-file options or load a component: both may wait for the hold. `module` is a
+// real index.
 FILE* _log_acquire_stream(logger* l, LogModule module);
 
 // Lets go of the stream that _log_acquire_stream() returned for the same module.
@@ -127,10 +151,46 @@ static inline void _log_print_moduleinfo(logger* l, LogModule module, FILE* f) {
     _log_do_print_moduleinfo(l, module, f);
 }
 
-#pragma GCC visibility pop
 #ifdef __cplusplus
 }
+
+// Holds the stream of a module of this component and the stream's own lock, so that a block of
+// direct writes stays together:
+//
+//     {
+//         LogStream out(DBG_GC);
+//         for (const Region& r : regions)
+//             fprintf(out, "%p %zu\n", r.start, r.size);
+//     }
+//
+// What was written is flushed at the end of the block. Meanwhile other threads' lines to the stream
+// wait, those of modules that share it included; this thread may do what it may do between
+// _log_acquire_stream() and _log_release_stream(), but must not fork: the C library leaves a lock
+// that is held by the forking thread unusable in the child.
+class LogStream {
+  public:
+    explicit LogStream(LogModule module)
+        : module_(module), stream_(_log_acquire_stream(&_loggers, module)) {
+        flockfile(stream_);
+    }
+    ~LogStream() {
+        fflush(stream_);
+        funlockfile(stream_);
+        _log_release_stream(&_loggers, module_, stream_);
+    }
+    LogStream(const LogStream&) = delete;
+    LogStream& operator=(const LogStream&) = delete;
+
+    operator FILE*() const {
+        return stream_;
+    }
+
+  private:
+    const LogModule module_;
+    FILE* const stream_;
+};
 #endif
+#pragma GCC visibility pop
 
 #endif
 
@@ -139,22 +199,46 @@ static inline void _log_print_moduleinfo(logger* l, LogModule module, FILE* f) {
 
 // Mistakes in the description, one check per row. The empty literal before a name keeps anything
 // but a literal from compiling.
-#define LOG_CHECK_MODULE(enumerator, name, alias, flags, decorations)              \
-    LOG_STATIC_ASSERT(sizeof("" name) > 1, "module " #enumerator " needs a name"); \
-    LOG_STATIC_ASSERT(((flags) & ~(LOG_IS_DEFAULT | LOG_IS_LINKED)) == 0,          \
-                      "module " #enumerator                                        \
-                      " has flags other than LOG_IS_DEFAULT, LOG_IS_LINKED");      \
-    LOG_STATIC_ASSERT(((decorations) >> LOG_END_DECORATIONS) == 0,                 \
-                      "module " #enumerator " starts with decorations that nobody writes");
-#define LOG_CHECK_OBSOLETE(old_name, new_name, enumerator, level, how)                   \
-    LOG_STATIC_ASSERT(sizeof("" old_name) > 1, "a retired module needs its old name");   \
-    LOG_STATIC_ASSERT(                                                                   \
-        (int)(enumerator) >= LOG_ALL_MODULES && (int)(enumerator) < (int)NumLogModules,  \
-        "retired module " #old_name ": no such replacement");                            \
-    LOG_STATIC_ASSERT((level) < MSG_MAX, "retired module " #old_name ": no such level"); \
-    LOG_STATIC_ASSERT((how) <= OBSOLETE_WARN, "retired module " #old_name ": fail or warn?");
-#define LOG_CHECK_DECORATOR(enumerator, name, function) \
-    LOG_STATIC_ASSERT(sizeof("" name) > 1, "decoration " #enumerator " needs a name");
+//
+// LOG_DECORATION_BIT() makes unsigned words, while decoration numbers are int: an unsigned word
+// times 0 less 1 is positive. Number 0 is told from the word 0 by its text. LOG_IS_FUNCTION() is
+// true for what converts to a decorator and is no null pointer constant.
+#define LOG_TEXT_OF(...) #__VA_ARGS__
+#define LOG_TEXT(...) LOG_TEXT_OF(__VA_ARGS__)
+#define LOG_IS_WORD(decorations) \
+    ((decorations)*0 - 1 > 0 ||  \
+     ((decorations) == 0 && sizeof LOG_TEXT(decorations) <= sizeof "(0)"))
+#ifdef __cplusplus
+#define LOG_IN_RANGE(value, end) (static_cast<unsigned>(value) < static_cast<unsigned>(end))
+char (&log_kind_of(log_decorator))[2];
+char (&log_kind_of(decltype(nullptr)))[1];
+char (&log_kind_of(int))[1];
+char (&log_kind_of(long))[1];
+#define LOG_IS_FUNCTION(function) (sizeof log_kind_of(function) == 2)
+#else
+#define LOG_IN_RANGE(value, end) ((unsigned)(value) < (unsigned)(end))
+#define LOG_IS_FUNCTION(function) _Generic((function), log_decorator : 1, default : 0)
+#endif
+#define LOG_CHECK_MODULE(enumerator, name, alias, flags, decorations)                      \
+    LOG_STATIC_ASSERT(sizeof("" name) > 1, "module " #enumerator " needs a name");         \
+    LOG_STATIC_ASSERT(((flags) & ~(LOG_IS_DEFAULT | LOG_IS_LINKED)) == 0,                  \
+                      "module " #enumerator                                                \
+                      " has flags other than LOG_IS_DEFAULT, LOG_IS_LINKED");              \
+    LOG_STATIC_ASSERT(((decorations) >> LOG_END_DECORATIONS) == 0,                         \
+                      "module " #enumerator " starts with decorations that do not exist"); \
+    LOG_STATIC_ASSERT(LOG_IS_WORD(decorations),                                            \
+                      "module " #enumerator " has decorations without LOG_DECORATION_BIT()");
+#define LOG_CHECK_OBSOLETE(old_name, new_name, enumerator, level, how)                 \
+    LOG_STATIC_ASSERT(sizeof("" old_name) > 1, "a retired module needs its old name"); \
+    LOG_STATIC_ASSERT(LOG_IN_RANGE((enumerator) + 1, NumLogModules + 1),               \
+                      "retired module " #old_name ": no such replacement");            \
+    LOG_STATIC_ASSERT(LOG_IN_RANGE(level, MSG_MAX),                                    \
+                      "retired module " #old_name ": no such level");                  \
+    LOG_STATIC_ASSERT(LOG_IN_RANGE(how, OBSOLETE_WARN + 1),                            \
+                      "retired module " #old_name ": fail or warn?");
+#define LOG_CHECK_DECORATOR(enumerator, name, function)                                \
+    LOG_STATIC_ASSERT(sizeof("" name) > 1, "decoration " #enumerator " needs a name"); \
+    LOG_STATIC_ASSERT(LOG_IS_FUNCTION(function), "decoration " #enumerator " needs a function");
 
 LOG_MODULES(LOG_CHECK_MODULE)
 LOG_OBSOLETES(LOG_CHECK_OBSOLETE)
@@ -166,11 +250,17 @@ LOG_STATIC_ASSERT((int)LOG_END_DECORATIONS == (int)NUM_STD_DECORATIONS ||
                       LOG_MAX_DECORATION_SIZE > 0,
                   "extended decorators need room in the line");
 LOG_STATIC_ASSERT(LOG_MAX_DECORATION_SIZE <= 65536, "lines are built on the stack");
-LOG_STATIC_ASSERT(LOG_MSG_DEFAULT < MSG_MAX, "LOG_MSG_DEFAULT is not a message level");
-LOG_STATIC_ASSERT(LOG_SANITY_DEFAULT < SANITY_MAX, "LOG_SANITY_DEFAULT is not a sanity level");
+LOG_STATIC_ASSERT(LOG_IN_RANGE(LOG_MSG_DEFAULT, MSG_MAX), "LOG_MSG_DEFAULT is not a message level");
+LOG_STATIC_ASSERT(LOG_IN_RANGE(LOG_SANITY_DEFAULT, SANITY_MAX),
+                  "LOG_SANITY_DEFAULT is not a sanity level");
 #undef LOG_CHECK_MODULE
 #undef LOG_CHECK_OBSOLETE
 #undef LOG_CHECK_DECORATOR
+#undef LOG_TEXT_OF
+#undef LOG_TEXT
+#undef LOG_IS_WORD
+#undef LOG_IN_RANGE
+#undef LOG_IS_FUNCTION
 
 #ifdef __cplusplus
 extern "C" {
