@@ -42,6 +42,9 @@ system_headers_for() {
         util/c/shared/json/json_internal.h) echo "$c_headers $cpp_headers setjmp.h" ;;
         util/c/shared/decimal.cpp) echo "$c_headers $cpp_headers langinfo.h" ;;
         util/c/shared/*_java.cpp | util/c/shared/logging/java_bridge.cpp) echo "$c_headers $cpp_headers jni.h" ;;
+        util/c/shared/logging/cancellation.h) echo "pthread.h" ;;
+        util/c/shared/logging/registration.cpp) echo "$c_headers $cpp_headers dlfcn.h" ;;
+        util/c/shared/logging/streams.cpp) echo "$c_headers $cpp_headers pthread.h stdio_ext.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;
         *) echo "$c_headers" ;;
     esac

@@ -220,9 +220,9 @@ static Attempt decorate(int (*call)(const char* args)) {
 // Decorations that were set before are for newcomers, too, which stay registered for good.
 static bool register_logger() {
     static const TestLoggerParts parts = {.modules = {{"new"}}};
-    static logger* const newcomers[] = {unregistered_logger(parts), unregistered_logger(parts),
-                                        unregistered_logger(parts), unregistered_logger(parts),
-                                        unregistered_logger(parts), unregistered_logger(parts)};
+    static logger* newcomers[12];  // made while memory is to be had
+    for (logger*& made : newcomers)
+        made = made != nullptr ? made : unregistered_logger(parts);
     logger* const newcomer = newcomers[nth];
     faulty([&] { return _log_add_logger(newcomer), 0; });
     const bool ok = _log_get_decorations(newcomer, 0) == LEVEL_AND_MODULE;

@@ -91,7 +91,16 @@ TEST(Links, SayOnceThatATargetIsMissing) {
               "[ERROR][util   ] Could not locate linked log module twin "
               "(No such logging module \"twin\")\n"
               "[ERROR][util   ] Could not locate linked log module " +
-                  name + " (No such logging module \"" + name.substr(0, 103) + ")\n");
+                  name + " (No such logging module \"" + name.substr(0, 103) +
+                  ")\n"
+                  "[WARN ][util   ] Several log modules are named twin: "
+                  "options reach the first one only\n");
+    EXPECT_EQ(said_while_making({.modules = {{"a,b", ">c"}, {"d", "d=\""}, {"e", "\"f"}, {"g'"}}},
+                                &later),
+              "[WARN ][util   ] Options cannot reach a log module named a,b\n"
+              "[WARN ][util   ] Options cannot reach a log module named >c\n"
+              "[WARN ][util   ] Options cannot reach a log module named d=\"\n"
+              "[WARN ][util   ] Options cannot reach a log module named \"f\n");
     for (size_t i = 1; i < 4; i++)
         EXPECT_TRUE(module(log, i).link == nullptr && module(log, i).out == stderr &&
                     *module(log, i).pMsgLevel == MSG_INFO);

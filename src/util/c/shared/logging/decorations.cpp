@@ -12,17 +12,14 @@
 
 #include <stdlib.h>
 #include <string.h>
-#include <atomic>
 
 constexpr unsigned ALL_DECORATIONS = ~0U;
 constexpr unsigned DEFAULT_DECORATIONS = LOG_DECORATION_BIT(DECORATION_MODULE) |
                                          LOG_DECORATION_BIT(DECORATION_TIMESTAMP) |
                                          LOG_DECORATION_BIT(DECORATION_PID);
 
-// The option as last given, or null. Replaced with loggers_lock held exclusively, used with it held
-// shared. Not needed to see that there is none: a logger that an option's walk misses joins the
-// chain after that walk, and finds the option.
-static std::atomic<char*> default_decorations_args;
+static volatile int remembered_lock;    // no other lock is taken while this one is held
+static char* default_decorations_args;  // the option as last given, or null; guarded by it
 
 static bool apply_standard(logger* the_logger, const char* name) {
     for (int i = 0; i < NUM_STD_DECORATIONS; i++)
@@ -90,17 +87,22 @@ int logParseLogDecorations(const char* args) {
     char* const remembered = strdup(args);
     if (remembered == nullptr)
         return -1;
-    rwWriteLock(&loggers_lock);
-    char* const before = default_decorations_args.exchange(remembered, std::memory_order_relaxed);
-    rwWriteUnlock(&loggers_lock);
+    rwWriteLock(&remembered_lock);
+    char* const before = default_decorations_args;
+    default_decorations_args = remembered;
+    rwWriteUnlock(&remembered_lock);
     free(before);
     return apply_log_decorations(nullptr, args);
 }
 
+// An option that is set at the same time misses no logger: it is remembered before it is applied,
+// and the logger is in the chain before it looks here.
 void apply_remembered_decorations(logger* log) {
-    if (default_decorations_args.load(std::memory_order_relaxed) == nullptr)
-        return;
-    rwReadLock(&loggers_lock);
-    apply_log_decorations(log, default_decorations_args.load(std::memory_order_relaxed));
-    rwReadUnlock(&loggers_lock);
+    rwReadLock(&remembered_lock);
+    char* const option =
+        default_decorations_args != nullptr ? strdup(default_decorations_args) : nullptr;
+    rwReadUnlock(&remembered_lock);
+    if (option != nullptr)
+        apply_log_decorations(log, option);
+    free(option);
 }

@@ -10,6 +10,7 @@
 #include "util/c/shared/logging/logging_internal.h"
 
 #include "osal/export/osal_threads.h"
+#include "util/c/shared/logging/cancellation.h"
 
 #include <jni.h>
 #include <bit>
@@ -39,7 +40,7 @@ static const char* utf_of(JNIEnv* env, jstring str) {
 static logmodule* find_by_name(const char* name) {
     logger* log;
     size_t index;
-    if (!find_logmodule(nullptr, name, &log, &index, nullptr, 0))
+    if (!find_logmodule(name, nullptr, &log, &index, nullptr, 0))
         return nullptr;
     return &log->loggers[index];
 }
@@ -135,6 +136,7 @@ JNIEXPORT jobjectArray JNICALL Java_veltra_kestrum_log_NativeLogModule_getModule
         throw_new(env, "java/lang/OutOfMemoryError", "no memory for the list of log modules");
         return nullptr;
     }
+    const CancellationOff cancellation_off;  // a call of the virtual machine may block
     rwReadLock(&loggers_lock);
     list_all_modules(&list);
     jobjectArray names = array_of_names(env, &list);

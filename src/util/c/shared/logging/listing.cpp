@@ -8,6 +8,7 @@
 
 #include "osal/export/osal_msmalloc.h"
 #include "osal/export/osal_threads.h"
+#include "util/c/shared/logging/cancellation.h"
 #include "util/export/stringutil.h"
 
 #include <stdio.h>
@@ -42,7 +43,7 @@ void module_list_sort(ModuleList* list) {
     qsort(list->modules, list->count, sizeof(logmodule*), compare_module);
 }
 
-// Keeps a module that is its own master and was not met before. Looking at all of them is quick
+// Keeps a module that is not linked and not yet in the list. Looking at all of them is quick
 // enough for the few dozen modules that there are.
 static void keep_module(ModuleList* list, logmodule* m) {
     logmodule** const end = list->modules + list->count;
@@ -77,6 +78,7 @@ void _log_do_print_moduleinfo(logger* l, LogModule module, log_output out) {
     ModuleList list;
     if (!module_list_init(&list))
         return;
+    const CancellationOff cancellation_off;
     // Held until the last line is written, so that no logger registers halfway through.
     rwReadLock(&loggers_lock);
     for_each_module(l, module, [&](logmodule* m) { keep_module(&list, m); });

@@ -2,11 +2,17 @@
 //
 // Locks, in the order in which a thread may take them:
 //
-//   loggers_lock    the chain of loggers, the count of modules and the remembered decorations.
-//                   Held shared by every walk, exclusively only while a logger is linked in or the
-//                   option replaced. A thread may take it shared again while it holds it shared.
+//   loggers_lock    the chain of loggers and the count of modules. Held shared by every walk,
+//                   exclusively only while a logger is linked in. A thread may take it shared
+//                   again while it holds it shared.
 //   a module's lock its stream. Shared while a line is written, exclusive while it is replaced.
 //   streams_lock    the list of open log files, private to streams.cpp.
+//
+// The remembered decorations have a lock of their own, private to decorations.cpp, under which no
+// other is taken.
+//
+// Calls go one way: options; registration and listing; decorations and lookup; registry, streams
+// and print. Only registration and lookup's callers come back to print, through the module "util".
 //
 // Levels and decoration words are single words that change at any time without a lock.
 #ifndef UTIL_C_SHARED_LOGGING_LOGGING_INTERNAL_H
@@ -28,7 +34,7 @@ extern volatile int loggers_lock;
 // follow it without the lock.
 extern std::atomic<logger*> all_loggers;
 
-// Modules of all registered loggers. Grows under loggers_lock; without it the count may be behind.
+// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met.
 extern std::atomic<size_t> num_modules;
 
 // Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
@@ -38,7 +44,7 @@ void logiter_init(logiter* iter, logger* l, LogModule m);
 // decorations.cpp
 
 // Gives a logger that has just joined the chain the decorations that an option has asked for, if
-// one has. Takes loggers_lock shared.
+// one has. Takes loggers_lock shared, and allocates: without memory the logger keeps its own.
 void apply_remembered_decorations(logger* log);
 
 // format.cpp
@@ -77,23 +83,25 @@ void set_stream(logmodule* to, log_output f);
 // Makes `to` write to what `from` writes to at this moment. Takes both modules' locks in turn.
 void redirect_logmodule(logmodule* from, logmodule* to);
 
-// options.cpp
+// lookup.cpp
 
-// How an option string acts, and what it does about retired names.
-struct parse_callback {
-    int (*cb_ok)(logger* l, size_t module, const char* value, char* errbuf, size_t errlen);
-    int (*cb_not_module)(const char* token, const char* arg, char* errbuf, size_t errlen);
-    int (*cb_deprecated)(const char* message);
-};
+// Explains a failure in the caller's buffer, when there is one; always -1, so that a parser
+// returns it.
+int log_fail(char* errbuf, size_t errlen, const char* fmt, ...)
+    __attribute__((format(printf, 3, 4)));
 
-// Finds a module by name or alias, newest logger first. With callbacks, retired names lead to
-// their replacements.
+// Called with the advice when a retired name is accepted; its result is ignored.
+using deprecation_warner = int(const char* advice);
+
+// Finds a module by name or alias, newest logger first.
 //
+//   warn          with it retired names lead to their replacements, and it is called for each;
+//                 null when retired names mean nothing
 //   ppl, pmindex  receive the module's logger and index; untouched when there is none
 //   errbuf        may be null; says why the name was not found, or that it is retired
 //
 // Takes no lock.
-bool find_logmodule(const parse_callback* cb, const char* name, logger** ppl, size_t* pmindex,
+bool find_logmodule(const char* name, deprecation_warner* warn, logger** ppl, size_t* pmindex,
                     char* errbuf, size_t errlen);
 
 // listing.cpp

@@ -4,12 +4,14 @@
 // layout bounds it: at most `size` - 1 bytes of decorations, a space, at most 1022 bytes of
 // message and a newline. Standard decorations come first; an extended one gets the write position
 // and the count of bytes left for decorations, terminator included, and returns the position of
-// its terminator, which what follows overwrites. The count never drops below 1.
+// its terminator, which what follows overwrites. The count never drops below 1. A decorator that
+// returns a position or a count out of its room is put back into it.
 
 #include "util/c/shared/logging/logging_internal.h"
 
 #include "osal/export/osal_threads.h"
 #include "osal/export/osal_timing.h"
+#include "util/c/shared/logging/cancellation.h"
 
 #include <stdarg.h>
 #include <stdio.h>
@@ -41,25 +43,13 @@ static char* put_module(char* position, const char* name) {
 
 constexpr size_t LEVEL_COLUMN_BYTES = 7;
 
-// One byte more, so that a column is copied in one piece. The last is for levels without name.
-struct LevelColumns {
-    char text[MSG_MAX + 1][LEVEL_COLUMN_BYTES + 1];
-};
-
-constexpr LevelColumns LEVEL_COLUMNS = [] {
-    LevelColumns columns = {};
-    for (unsigned level = 0; level <= MSG_MAX; level++) {
-        char* const text = columns.text[level];
-        std::copy_n("[     ]", LEVEL_COLUMN_BYTES, text);
-        const char* const name = level < MSG_MAX ? msglevel_names[level] : "?";
-        for (int i = 0; name[i] != '\0'; i++)
-            text[1 + i] = name[i];
-    }
-    return columns;
-}();
+// The terminator is copied along, so that a column is copied in one piece. The last is for levels
+// without name.
+constexpr char LEVEL_COLUMNS[MSG_MAX + 1][LEVEL_COLUMN_BYTES + 1] = {
+    "[QUIET]", "[ERROR]", "[WARN ]", "[INFO ]", "[DEBUG]", "[TRACE]", "[?    ]"};
 
 static char* put_level(char* position, MsgLevel level) {
-    memcpy(position, LEVEL_COLUMNS.text[std::min(level, MSG_MAX)], LEVEL_COLUMN_BYTES + 1);
+    memcpy(position, LEVEL_COLUMNS[std::min(level, MSG_MAX)], LEVEL_COLUMN_BYTES + 1);
     return position + LEVEL_COLUMN_BYTES;
 }
 
@@ -105,12 +95,17 @@ static char* put_standard(char* position, const logmodule* m, unsigned d, MsgLev
 // Writes the decorations `d` into at most `size` - 1 bytes.
 static char* put_decorations(char* line, size_t size, const logger* loggers, const logmodule* m,
                              unsigned d, MsgLevel level) {
-    char* position = std::min(put_standard(line, m, d, level), line + size - 1);
-    size_t bytesLeft = size - static_cast<size_t>(position - line);
+    char* const end = line + size;
+    char* position = std::min(put_standard(line, m, d, level), end - 1);
+    size_t bytesLeft = static_cast<size_t>(end - position);
     for (unsigned bits = d & EXTENDED_BITS; bits != 0; bits &= bits - 1) {
         const int slot = __builtin_ctz(bits) - NUM_STD_DECORATIONS;
-        if (log_decorator func = loggers->extended_decorators[slot].func; func != nullptr)
-            position = func(position, &bytesLeft);
+        log_decorator func = loggers->extended_decorators[slot].func;
+        if (func == nullptr)
+            continue;
+        char* const last = position + bytesLeft - 1;
+        position = std::clamp(func(position, &bytesLeft), position, last);
+        bytesLeft = std::clamp(bytesLeft, size_t{1}, static_cast<size_t>(end - position));
     }
     return position;
 }
@@ -127,6 +122,18 @@ static void lock_stream(FILE* stream) {
     flockfile(stream);
 }
 
+// Takes the module's lock shared. The stream's own lock is taken once around both calls, so that
+// two printers do not pass it to and fro; within, they find it taken by this thread.
+static void write_line(logmodule* m, const char* line, size_t length) {
+    const CancellationOff cancellation_off;
+    rwReadLock(&m->lock);
+    lock_stream(m->out);
+    fwrite(line, 1, length, m->out);
+    fflush(m->out);
+    funlockfile(m->out);
+    rwReadUnlock(&m->lock);
+}
+
 void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args) {
     const unsigned decorations = static_cast<unsigned>(d);
     size_t size = DECORATION_BYTES;
@@ -139,19 +146,13 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
     if (decorations != 0)
         *end++ = ' ';
     if (fmt != nullptr) {
+        osSetLastError(last_error);  // decorations may have changed what "%m" prints
         end = log_vsnprintf(end, MESSAGE_BYTES, fmt, args);
         if (end == line || end[-1] != '\n')
             *end++ = '\n';
     }
 
-    rwReadLock(&m->lock);
-    // The stream's own lock is taken once around both calls, so that two printers do not pass it
-    // to and fro; within, they find it taken by this thread.
-    lock_stream(m->out);
-    fwrite(line, 1, static_cast<size_t>(end - line), m->out);
-    fflush(m->out);
-    funlockfile(m->out);
-    rwReadUnlock(&m->lock);
+    write_line(m, line, static_cast<size_t>(end - line));
     osSetLastError(last_error);
 }
 

@@ -6,16 +6,21 @@
 // counting them does nothing and no caller needs a special case.
 //
 // streams_lock guards the list and every count, always exclusively. Nothing in this file takes
-// another lock while holding it.
+// another lock while holding it. Each step leaves the list such that a fork's child, in which the
+// thread that took it is gone, can use it: a record is whole before it is linked in and unlinked
+// before its file is closed, and counts are never too low.
 
 #include "util/c/shared/logging/logging_internal.h"
 
 #include "osal/export/linux/osal_files_pd.h"
 #include "osal/export/osal_threads.h"
+#include "util/c/shared/logging/cancellation.h"
 #include "util/export/posix/stringutil_pd.h"
 
+#include <pthread.h>
 #include <stddef.h>
 #include <stdio.h>
+#include <stdio_ext.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -35,6 +40,16 @@ struct fileref {
 
 static fileref* streams;           // guarded by streams_lock
 static volatile int streams_lock;  // guards the list and every refcount
+
+// In a fork's child: drops what another thread was about to write, which the parent writes.
+static void drop_unwritten() {
+    for (const fileref* ref = streams; ref != nullptr; ref = ref->next)
+        __fpurge(ref->f);
+}
+
+__attribute__((constructor)) static void watch_forks() {
+    pthread_atfork(nullptr, nullptr, drop_unwritten);
+}
 
 // The record of an open stream, or null. Needs streams_lock.
 static fileref* record_of(log_output f) {
@@ -66,14 +81,14 @@ static fileref* add_record(log_output f, const char* path) {
     ref->refcount = 1;
     ref->next = streams;
     strcpy(ref->name, path);
-    streams = ref;
+    __atomic_store_n(&streams, ref, __ATOMIC_RELEASE);
     return ref;
 }
 
 // Opens the file at `path`, which is the resolved `filename`, and records it; null when either
 // fails. Needs streams_lock.
 static log_output open_stream(const char* filename, char* path, bool existed) {
-    log_output f = fopen(path, "w");
+    log_output f = fopen(path, "we");  // programs that the process starts do not inherit it
     if (f == nullptr)
         return nullptr;
     if (!existed && !fio_canonicalize_path(filename, path, PATH_BYTES))
@@ -107,6 +122,7 @@ log_output register_stream(const char* filename) {
         return stdout;
     if (strcmp(filename, "stderr") == 0)
         return stderr;
+    const CancellationOff cancellation_off;
     rwWriteLock(&streams_lock);
     log_output f = stream_of_file(filename);
     rwWriteUnlock(&streams_lock);
@@ -121,13 +137,14 @@ void use_stream(log_output f) {
 }
 
 void release_stream(log_output f) {
+    const CancellationOff cancellation_off;
     rwWriteLock(&streams_lock);
     fileref** link = &streams;
     while (*link != nullptr && (*link)->f != f)
         link = &(*link)->next;
     if (fileref* ref = *link; ref != nullptr && --ref->refcount == 0) {
+        __atomic_store_n(link, ref->next, __ATOMIC_RELEASE);
         fclose(f);
-        *link = ref->next;
         free(ref);
     }
     rwWriteUnlock(&streams_lock);

@@ -1,0 +1,26 @@
+// Keeps the calling thread from being cancelled while it holds a lock.
+//
+// Writing, opening and closing a file are cancellation points. A thread that is cancelled there
+// leaves its locks held for ever, so code that may reach one under a lock has an object of this
+// class. A request for cancellation that comes meanwhile acts at the thread's next point.
+#ifndef UTIL_C_SHARED_LOGGING_CANCELLATION_H
+#define UTIL_C_SHARED_LOGGING_CANCELLATION_H
+
+#include <pthread.h>
+
+class CancellationOff {
+  public:
+    CancellationOff() {
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);
+    }
+    ~CancellationOff() {
+        pthread_setcancelstate(before, nullptr);
+    }
+    CancellationOff(const CancellationOff&) = delete;
+    CancellationOff& operator=(const CancellationOff&) = delete;
+
+  private:
+    int before;
+};
+
+#endif
