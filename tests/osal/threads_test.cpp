@@ -74,6 +74,46 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
     EXPECT_EQ(writes, THREADS * ROUNDS / WRITE_EVERY);
 }
 
+// In a child the other threads' holds are gone, and its own go on.
+TEST(RwLock, AChildStartsWithTheHoldsOfTheThreadThatForked) {
+    static volatile int others, mine, both, written;
+    std::atomic<bool> ready = false, done = false;
+    std::jthread other([&] {
+        rwWriteLock(&others);
+        rwReadLock(&both);
+        ready = true;
+        while (!done)
+            usleep(1000);
+        rwReadUnlock(&both);
+        rwWriteUnlock(&others);
+    });
+    while (!ready)
+        usleep(1000);
+    for (volatile int* word : {&mine, &both, &mine})
+        rwReadLock(word);
+    rwWriteLock(&written);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        rwReadLock(&others);
+        rwReadUnlock(&others);
+        rwReadLock(&mine);
+        for (volatile int* word : {&mine, &mine, &both, &mine})  // in another order
+            rwReadUnlock(word);
+        rwWriteUnlock(&written);
+        for (volatile int* word : {&others, &mine, &both, &written})
+            rwWriteLock(word);
+        _exit(0);
+    }
+    done = true;
+    for (volatile int* word : {&mine, &both, &mine})
+        rwReadUnlock(word);
+    rwWriteUnlock(&written);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
 // More of them than the platform keeps in its fast ones; in the end, all that there are.
 TEST(Slots, AreSeparateInEveryThreadAndFromOneAnotherUntilTheyRunOut) {
     TLSKey keys[12];

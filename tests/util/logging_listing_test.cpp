@@ -7,9 +7,6 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
-#include <atomic>
-#include <thread>
 
 using std::string;
 using Lines = std::vector<string>;
@@ -66,22 +63,6 @@ TEST(Listing, SortsTheSelectedModulesAndWritesThemLineByLine) {
               (Lines{zoo, aa, bs, "\tcomponent: level=WARN, decorations=3, sanity=NONE\n", mill,
                      "\tutil: level=WARN, decorations=3, sanity=NONE\n"}));
     EXPECT_EQ(listing(make_logger({{}}), LOG_ALL_MODULES), Lines{});
-}
-
-// Where a module goes does not change while its stream is held, and does afterwards.
-TEST(Stream, StaysWhileItIsHeld) {
-    FILE* const held = _log_acquire_stream(&_loggers, DBG_TEST);
-    EXPECT_EQ(held, stderr);
-    std::atomic<bool> released = false;
-    std::jthread mover([&] {
-        EXPECT_EQ(logParseLogFilesEx("component=stdout", nullptr, 0, nullptr), 0);
-        EXPECT_TRUE(released);
-    });
-    usleep(20'000);
-    released = true;
-    _log_release_stream(&_loggers, DBG_TEST, held);
-    mover.join();
-    EXPECT_EQ(_loggers.loggers[DBG_TEST].out, stdout);
 }
 
 TEST(Listing, CutsALongLine) {

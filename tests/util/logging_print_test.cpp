@@ -29,16 +29,26 @@ static char* greedy_decorator(char* position, size_t* bytesLeft) {
     return log_sprintf(position, bytesLeft, "%0500d", 7);
 }
 
+// The usual mistake with snprintf(): the length of the whole text instead of what was written.
+static char* overshooting_decorator(char* position, size_t* bytesLeft) {
+    position += snprintf(position, *bytesLeft, "%0500d", 7);
+    errno = EDOM;
+    return position;
+}
+
 constexpr unsigned LEVEL = 1, MODULE = 2, TIMESTAMP = 4, MILLIS = 8, NANOS = 16, TID = 32, PID = 64;
-constexpr unsigned STANDARD = 127, BIG = 128, GREEDY = 256, NO_DECORATION = 512 | 1U << 31;
+constexpr unsigned STANDARD = 127, BIG = 128, GREEDY = 256, NO_DECORATION = 512 | 1U << 31,
+                   OVERSHOOTING = 1024;
 
 // A logger whose modules write to a file, on a platform with fixed clocks and ids.
 struct Printing : testing::Test {
     static logger* printer() {
-        static logger* log =
-            make_logger({.modules = {{"gc"}, {"compiler"}},
-                         .decorators = {{"b", big_decorator}, {"g", greedy_decorator}},
-                         .max_decoration_size = 50});
+        static logger* log = make_logger({.modules = {{"gc"}, {"compiler"}},
+                                          .decorators = {{"b", big_decorator},
+                                                         {"g", greedy_decorator},
+                                                         {"none", nullptr},
+                                                         {"o", overshooting_decorator}},
+                                          .max_decoration_size = 50});
         return log;
     }
     TempFolder folder;
@@ -115,6 +125,10 @@ TEST_F(Printing, CutsDecorationsAtTheirBudget) {
     EXPECT_EQ(room_seen, 1U);
     EXPECT_EQ(line(0, MSG_WARN, GREEDY, "m"), std::string(149, '0') + " m\n");
     EXPECT_EQ(room_seen, 150U);
+    errno = ERANGE;
+    EXPECT_EQ(line(0, MSG_WARN, BIG | OVERSHOOTING, "%m"),
+              big + std::string(149 - big.size(), '0') + " " + strerror(ERANGE) + "\n");
+    EXPECT_EQ(line(0, MSG_WARN, OVERSHOOTING, "m"), std::string(149, '0') + " m\n");
 }
 
 TEST_F(Printing, CutsMessagesAfter1022Bytes) {

@@ -4,6 +4,7 @@
 
 #include "util/c/shared/json/index.h"
 #include "util/export/json.h"
+#include "util/export/stacked_threadlocal.h"
 
 #include <setjmp.h>
 #include <stddef.h>
@@ -49,6 +50,14 @@ static inline bool is_end(char c) {
 static inline bool is_digit(char c) {
     return byte_of(c) - unsigned{'0'} < 10U;
 }
+
+// record.cpp
+
+extern __slkey jsonkey;  // finds the calling thread's innermost parse
+
+// Resizes a block of the record that is the built-in one, of which `used` bytes count, or memory
+// of its own.
+char* resize(json* js, char* block, const char* built_in, size_t used, size_t size);
 
 // Ends the parse with an error: the cursor has come to `pos`, and the text from `extract` on is
 // shown.
