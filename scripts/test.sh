@@ -22,7 +22,8 @@ for preset in release asan tsan; do
     ctest --preset "$preset" -j "$(nproc)" --progress --timeout 120
 done
 
-step "clang-tidy"
+step "built sources"
+scripts/check_calls.sh build/release
 scripts/check_tidy.sh build/release
 
 step "fuzz"

@@ -36,15 +36,12 @@ char* gc_write_occupancy(char* position, size_t* bytesLeft) {
 
 static void allocate(unsigned worker, unsigned mb) {
     if (region.in_use + mb > region_mb()) {
-        if (logEnabled(DBG_HEAP, MSG_ERROR))
-            _logforceprint(&_loggers, DBG_HEAP, MSG_ERROR, "worker %u: no room for %u MB", worker,
-                           mb);
+        logPrint(DBG_HEAP, MSG_ERROR, "worker %u: no room for %u MB", worker, mb);
         return;
     }
     region.allocated += mb;
     region.in_use += mb;
-    if (logEnabled(DBG_HEAP, MSG_TRACE))
-        _logforceprint(&_loggers, DBG_HEAP, MSG_TRACE, "worker %u: allocated %u MB", worker, mb);
+    logPrint(DBG_HEAP, MSG_TRACE, "worker %u: allocated %u MB", worker, mb);
 }
 
 // Returns the megabytes freed.
@@ -52,43 +49,34 @@ static unsigned sweep(unsigned worker) {
     const unsigned mb = region.in_use / 4 * 3;
     region.freed += mb;
     region.in_use -= mb;
-    if (logEnabled(DBG_SWEEP, MSG_DEBUG))
-        _logforceprint(&_loggers, DBG_SWEEP, MSG_DEBUG, "worker %u: swept, %u MB survive", worker,
-                       region.in_use);
+    logPrint(DBG_SWEEP, MSG_DEBUG, "worker %u: swept, %u MB survive", worker, region.in_use);
     return mb;
 }
 
 static void verify(unsigned worker) {
     if (region.allocated - region.freed != region.in_use) {
-        if (logEnabled(DBG_HEAP, MSG_ERROR))
-            _logforceprint(&_loggers, DBG_HEAP, MSG_ERROR, "worker %u: region damaged", worker);
-    } else if (logEnabled(DBG_HEAP, MSG_INFO)) {
-        _logforceprint(&_loggers, DBG_HEAP, MSG_INFO, "worker %u: verified, %u MB in use", worker,
-                       region.in_use);
+        logPrint(DBG_HEAP, MSG_ERROR, "worker %u: region damaged", worker);
+    } else {
+        logPrint(DBG_HEAP, MSG_INFO, "worker %u: verified, %u MB in use", worker, region.in_use);
     }
 }
 
 // What the options ask to be told of a collection that took so long.
 static void tell_of(unsigned worker, nanotime duration) {
-    if (logEnabled(DBG_GC, MSG_INFO))
-        for (size_t i = 0; i < options.num_phases; i++)
-            _logforceprint(&_loggers, DBG_GC, MSG_INFO, "worker %u: %s done", worker,
-                           options.phases[i]);
-    if (options.pause != 0 && duration > options.pause && logEnabled(DBG_GC, MSG_WARN))
-        _logforceprint(&_loggers, DBG_GC, MSG_WARN, "worker %u: collection took %ld%s", worker,
-                       (long)scaledownNanotime(duration), scaledDownNanotimeSuffix(duration));
+    for (size_t i = 0; i < options.num_phases; i++)
+        logPrint(DBG_GC, MSG_INFO, "worker %u: %s done", worker, options.phases[i]);
+    if (options.pause != 0 && duration > options.pause)
+        logPrint(DBG_GC, MSG_WARN, "worker %u: collection took %ld%s", worker,
+                 (long)scaledownNanotime(duration), scaledDownNanotimeSuffix(duration));
 }
 
 void component_work(unsigned worker, unsigned round) {
     for (int i = 0; i < BLOCKS_PER_ROUND; i++)
         allocate(worker, 4 * (round % 4 + 1));
-    if (occupancy() >= CROWDED_PERCENT && logEnabled(DBG_HEAP, MSG_WARN))
-        _logforceprint(&_loggers, DBG_HEAP, MSG_WARN, "worker %u: region is %u%% full", worker,
-                       occupancy());
+    if (occupancy() >= CROWDED_PERCENT)
+        logPrint(DBG_HEAP, MSG_WARN, "worker %u: region is %u%% full", worker, occupancy());
     const unsigned freed = sweep(worker);
-    if (logEnabled(DBG_GC, MSG_INFO))
-        _logforceprint(&_loggers, DBG_GC, MSG_INFO, "worker %u: collection %u freed %u MB", worker,
-                       round, freed);
+    logPrint(DBG_GC, MSG_INFO, "worker %u: collection %u freed %u MB", worker, round, freed);
     tell_of(worker, freed * SWEEP_NANOS_PER_MB);
     if (options.verify || logGetSanityLevel(DBG_HEAP) >= SANITY_CHECK)
         verify(worker);

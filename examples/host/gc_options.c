@@ -47,8 +47,7 @@ int component_configure(const char* text, char* errbuf, size_t errlen) {
     }
     argGetValues(&context, &phase, o->phases, MAX_PHASES);
     o->num_phases = phase.handled < MAX_PHASES ? phase.handled : MAX_PHASES;
-    if (unknown_name != NULL && logEnabled(DBG_GC, MSG_WARN))
-        _logforceprint(&_loggers, DBG_GC, MSG_WARN, "no such option: %s=%s", unknown_name,
-                       unknown_value);
+    if (unknown_name != NULL)
+        logPrint(DBG_GC, MSG_WARN, "no such option: %s=%s", unknown_name, unknown_value);
     return check_region(errbuf, errlen);
 }

@@ -18,12 +18,11 @@ unsigned inline_callees(unsigned worker) {
     for (unsigned callee : CALLEE_BYTECODES) {
         if (callee <= INLINE_LIMIT) {
             added += callee;
-            if (logEnabled(DBG_INLINE, MSG_DEBUG))
-                _logforceprint(&_loggers, DBG_INLINE, MSG_DEBUG,
-                               "worker %u: inlined a callee of %u bytecodes", worker, callee);
-        } else if (logEnabled(DBG_INLINE, MSG_TRACE)) {
-            _logforceprint(&_loggers, DBG_INLINE, MSG_TRACE,
-                           "worker %u: left a call, %u bytecodes are too many", worker, callee);
+            logPrint(DBG_INLINE, MSG_DEBUG, "worker %u: inlined a callee of %u bytecodes", worker,
+                     callee);
+        } else {
+            logPrint(DBG_INLINE, MSG_TRACE, "worker %u: left a call, %u bytecodes are too many",
+                     worker, callee);
         }
     }
     return added;
@@ -33,12 +32,11 @@ unsigned inline_callees(unsigned worker) {
 
 void component_work(unsigned worker, unsigned round) {
     const unsigned bytecodes = METHOD_BYTECODES + inline_callees(worker);
-    if (logEnabled(DBG_JIT, MSG_INFO))
-        _logforceprint(&_loggers, DBG_JIT, MSG_INFO, "worker %u: compiled method%u, %u bytecodes",
-                       worker, round, bytecodes);
-    if (round % 4 == 3 && logEnabled(DBG_DEOPT, MSG_WARN))
-        _logforceprint(&_loggers, DBG_DEOPT, MSG_WARN,
-                       "worker %u: method%u deoptimised, a callee was overridden", worker, round);
+    logPrint(DBG_JIT, MSG_INFO, "worker %u: compiled method%u, %u bytecodes", worker, round,
+             bytecodes);
+    if (round % 4 == 3)
+        logPrint(DBG_DEOPT, MSG_WARN, "worker %u: method%u deoptimised, a callee was overridden",
+                 worker, round);
 }
 
 logger* component_logger() {

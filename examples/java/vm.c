@@ -72,6 +72,5 @@ JNIEXPORT void JNICALL Java_demo_Vm_list(JNIEnv* env, jclass clazz, jstring file
 JNIEXPORT void JNICALL Java_demo_Vm_collect(JNIEnv* env, jclass clazz, jint round) {
     (void)env;
     (void)clazz;
-    if (logEnabled(DBG_VM_GC, MSG_INFO))
-        _logforceprint(&_loggers, DBG_VM_GC, MSG_INFO, "native: round %d", (int)round);
+    logPrint(DBG_VM_GC, MSG_INFO, "native: round %d", (int)round);
 }

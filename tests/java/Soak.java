@@ -7,7 +7,6 @@ import java.util.BitSet;
 import java.util.List;
 import java.util.Random;
 import java.util.concurrent.atomic.AtomicBoolean;
-import java.util.concurrent.locks.LockSupport;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 import veltra.kestrum.log.NativeLogModule;
@@ -23,7 +22,7 @@ public final class Soak {
     private static final int ROUND_MILLIS = 5_000;
     private static final int PRINTERS = 6;
     private static final int LINES_PER_PRINTER = 10_000_000; // an id is printer * this + number
-    private static final int LINES_PER_BURST = 50;
+    private static final long LONGEST_NANOS = 1_000_000_000; // of an option or a load
     private static final int MAX_COMPONENTS = 500;
     private static final Pattern LINE = Pattern.compile(
             "(?:\\[[^\\[\\]]*\\])*+ ?(?:native: round (\\d+)|java (\\d+) (-*))");
@@ -35,6 +34,7 @@ public final class Soak {
     private static int components;
     private static long lines;
     private static long changes;
+    private static long longest;
 
     public static void main(String[] args) throws Exception {
         long end = System.nanoTime() + Long.parseLong(args[0]) * 1_000_000_000;
@@ -45,7 +45,8 @@ public final class Soak {
         for (; System.nanoTime() < end; rounds++) {
             round(rounds);
         }
-        System.out.println(rounds + " rounds, " + lines + " lines, " + changes + " option changes, "
+        System.out.println(rounds + " rounds, " + lines + " lines, " + changes + " option changes, the longest "
+                + longest / 1_000_000 + " ms, "
                 + components + " components registered: no line lost, torn or interleaved");
     }
 
@@ -62,9 +63,6 @@ public final class Soak {
             printers.add(start(() -> {
                 int id = printer * LINES_PER_PRINTER;
                 for (int i = 0; !done.get(); printed[printer] = ++i) {
-                    if (i % LINES_PER_BURST == 0) {
-                        LockSupport.parkNanos(100_000); // lets the others at the locks
-                    }
                     if (printer < 2) {
                         Vm.collect(id + i);
                     } else {
@@ -118,11 +116,19 @@ public final class Soak {
         };
         while (!done.get()) {
             String[] option = options[random.nextInt(options.length)];
-            Vm.option(option[0], option[1]);
-            synchronized (Soak.class) {
-                changes++;
-            }
+            timed(() -> Vm.option(option[0], option[1]));
             Thread.yield();
+        }
+    }
+
+    private static void timed(Runnable change) {
+        long start = System.nanoTime();
+        change.run();
+        long nanos = System.nanoTime() - start;
+        require(nanos < LONGEST_NANOS, "an option or a load took " + nanos / 1_000_000 + " ms");
+        synchronized (Soak.class) {
+            changes++;
+            longest = Math.max(longest, nanos);
         }
     }
 
@@ -137,7 +143,7 @@ public final class Soak {
         if (components < MAX_COMPONENTS) {
             Path copy = folder.resolve("component" + components++);
             Files.copy(component, copy);
-            System.load(copy.toString());
+            timed(() -> System.load(copy.toString()));
             Files.delete(copy);
         }
     }

@@ -41,7 +41,8 @@ inline leave_reading() {
     :: (before & ~(READERS_ASLEEP | WRITER_STARVES)) == (ONE_READER | WRITERS_ASLEEP) ->
         wake_one_writer()
     :: else
-    fi
+    fi;
+    before = 0 /* forgotten values make equal states */
 }
 
 inline lock_reading(courteous) {
@@ -112,6 +113,9 @@ proctype writer(byte me) {
        fi;
 again: skip
     od;
+    now = 0;
+    marks = 0;
+    asleep = 0;
     writing++;
     assert(writing == 1 && inside == 0);
     writing--;

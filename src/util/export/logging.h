@@ -30,7 +30,11 @@ extern "C" {
 // with every setting of decorations, the modules that it is linked to get them, too.
 //
 // Called once per logger by the component's start-up code; calling it again for the same logger
-// does nothing. The logger must stay in place for the life of the process.
+// does nothing. The logger must stay in place for the life of the process: the shared object that
+// holds it is kept loaded, also when it is closed; one on the heap must not be freed.
+//
+// At level WARN "util" tells of names that two modules of the logger have, and of names that no
+// option can reach: with a comma or '=', or with '>' or a quote in front.
 void _log_add_logger(logger* log);
 
 // Selecting modules.
@@ -95,7 +99,8 @@ void logResetSanityLevels(void);
 // A line reaches the module's stream in one piece and is flushed before the call returns; lines
 // of several threads never mix. Nothing is allocated (but the C library's buffer of a standard
 // output that nobody has used before), the thread's last-error value is kept, and a stream that
-// cannot be written to loses the line silently. Bits of a decorations word that
+// cannot be written to loses the line silently. A thread is not cancelled within the call's locks.
+// "%m" prints the error of the caller. Bits of a decorations word that
 // have no decoration print nothing, and a level that has no name shows as "?".
 //
 //   loggers  whose module is meant; its extended decorators apply. Not null, registered.
@@ -180,8 +185,8 @@ int logParseLogFilesEx(const char* args, char* errbuf, size_t errlen,
 //
 // Returns 0; -1 for an unknown name (those before it are set, and the string is remembered all
 // the same), or when memory runs out. When the string cannot be remembered, nothing changes. Of two
-// calls at once each sets its own, and the words may end up with some of both. Not to be called in
-// the middle of a walk of one's own.
+// calls at once each sets its own, and the words may end up with some of both. May be called
+// while the thread holds a stream or walks over modules.
 int logParseLogDecorations(const char* args);
 
 // The same for the modules of one logger, or of every logger when `the_logger` is null, without

@@ -80,7 +80,8 @@ typedef FILE* log_output;
 //              text and a NUL may be written, and the length of the text is subtracted here;
 //              log_sprintf() does both.
 //
-// Returns the position after the text, at its terminator. Called on the printing thread before
+// Returns the position after the text, at its terminator. A position or a count that is out of the
+// room is put back into it, and the line is cut there. Called on the printing thread before
 // any lock is taken, so it must be safe on several threads at once.
 typedef char* (*log_decorator)(char* position, size_t* bytesLeft);
 

@@ -11,7 +11,6 @@ int cache_start(const char* options) {
         fprintf(stderr, "%s\n", error);
         return 2;
     }
-    if (logEnabled(DBG_CACHE, MSG_DEBUG))
-        _logforceprint(&_loggers, DBG_CACHE, MSG_DEBUG, "%d of %d slots used", 15, 16);
+    logPrint(DBG_CACHE, MSG_DEBUG, "%d of %d slots used", 15, 16);
     return 0;
 }
