@@ -50,7 +50,7 @@ bool find_logmodule(const char* name, deprecation_warner* warn, logger** ppl, si
     const logobsolete* remembered = nullptr;
     size_t hops = 0;
     NamedThing found = look_up(name, warn != nullptr);
-    while (found.retired != nullptr) {
+    while (warn != nullptr && found.retired != nullptr) {
         const logobsolete* retired = found.retired;
         if (retired == remembered)
             return false;
