@@ -1,9 +1,8 @@
-// Numbers and durations: every parser must read what sscanf() would.
+// Numbers and durations: what every parser makes of any text.
 
-#include "support/plain_strparse.h"
+#include "support/number_texts.h"
 
 #include <cstdint>
-#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
