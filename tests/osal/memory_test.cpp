@@ -17,8 +17,8 @@ TEST(Memory, ResizingToNothingKeepsABlock) {
 
 static std::string reported(const std::string& expression, const std::string& argument) {
     testing::internal::CaptureStderr();
-    faults().failing_write = 1;
-    faults().error = EINTR;  // at first
+    faults.failing_write = 1;
+    faults.error = EINTR;  // at first
     assertReport(expression.c_str(), "x.cpp", 417, "copy", "not\r\n%s", argument.c_str());
     close(STDERR_FILENO);  // where the next report fails; put back below
     errno = ENOTTY;

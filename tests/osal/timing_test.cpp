@@ -41,7 +41,7 @@ TEST(Timing, TextClockAndCounterAgreeAcrossASecondAndInAnotherZone) {
     const s8 start = timingGetCounterTime();
     sleep(1);  // the zone shows when the second of the kept text is over
     EXPECT_NEAR((timingGetCounterTime() - start) * counterToNanoMultiplier, 1.5e9, 0.5e9);
-    TimeBuffer text;
+    TimeBuffer text = "#############################";
     const s8 before = timingGetCurrentTimeMillis();
     ASSERT_TRUE(timingFormatCurrentTime(text));
     const s8 after = timingGetCurrentTimeNanos() / 1'000'000;

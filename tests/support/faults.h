@@ -8,14 +8,15 @@
 #include <cstddef>
 
 struct Faults {
-    bool have_memory;    // false under a sanitizer: the next three mean nothing
-    size_t allocations;  // so far
+    size_t failing_allocation, failing_read, failing_write;
+    int error;           // of the failing read or write; 0 lets it transfer one byte
+    size_t allocations;  // so far; none at all under a sanitizer
     long live_blocks;    // allocations less releases
-    size_t failing_allocation;
-    size_t failing_read, failing_write;
-    int error;  // of the failing read or write; 0 lets it transfer one byte
 };
+extern __thread Faults faults;
 
-Faults& faults();
+inline bool strikes(size_t& countdown) {
+    return countdown > 0 && --countdown == 0;
+}
 
 #endif

@@ -1,4 +1,5 @@
 #include "support/platform.h"
+#include "support/faults.h"
 
 #include "osal/export/linux/osal_files_pd.h"
 #include "osal/export/osal_assert.h"
@@ -12,29 +13,28 @@
 thread_local Platform platform;
 
 // The operation of the same name in libkxosal.so.
-template <typename Function>
-static Function* real(Function*, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-#define REAL(name) real(&name, #name)
+#define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
-// Notes the wish for memory; true when it is not to be had.
-static bool allocation_fails(size_t size) {
+static void* allocate(void* old, size_t size) {
     if (platform.keeps_sizes)  // which itself needs memory
         platform.allocations.push_back(size);
-    return platform.failing_allocation > 0 && --platform.failing_allocation == 0;
+    if (strikes(platform.failing_allocation))
+        return nullptr;
+    void* block = REAL(gsRealloc)(old, size);
+    platform.live_blocks += old == nullptr && block != nullptr;
+    return block;
 }
 
 void* gsMalloc(size_t size) {
-    void* block = allocation_fails(size) ? nullptr : REAL(gsMalloc)(size);
-    platform.live_blocks += block != nullptr;
-    return block;
+    return allocate(nullptr, size);
 }
 
 void* gsRealloc(void* ptr, size_t size) {
-    void* block = allocation_fails(size) ? nullptr : REAL(gsRealloc)(ptr, size);
-    platform.live_blocks += ptr == nullptr && block != nullptr;
-    return block;
+    return allocate(ptr, size);
+}
+
+void* msRealloc(mspace, void* ptr, size_t size) {
+    return allocate(ptr, size);
 }
 
 void gsFree(void* ptr) {
@@ -42,17 +42,8 @@ void gsFree(void* ptr) {
     REAL(gsFree)(ptr);
 }
 
-void* msRealloc(mspace space, void* ptr, size_t size) {
-    if (platform.failing_allocation > 0 && --platform.failing_allocation == 0)
-        return nullptr;
-    void* block = REAL(msRealloc)(space, ptr, size);
-    platform.live_blocks += ptr == nullptr && block != nullptr;
-    return block;
-}
-
-void msFree(mspace space, void* ptr) {
-    platform.live_blocks--;
-    REAL(msFree)(space, ptr);
+void msFree(mspace, void* ptr) {
+    gsFree(ptr);
 }
 
 bool timingFormatCurrentTime(TimeBuffer buf) {
@@ -76,10 +67,6 @@ int osGetProcessID() {
 
 int threadGetCurrentID() {
     return platform.thread_id ? *platform.thread_id : REAL(threadGetCurrentID)();
-}
-
-bool fio_canonicalize_path(const char* path, char* out, size_t outlen) {
-    return !platform.canonicalize_fails && REAL(fio_canonicalize_path)(path, out, outlen);
 }
 
 fio_fd fio_open(const char* path, int flags) {

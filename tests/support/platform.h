@@ -16,7 +16,6 @@ struct Platform {
     std::optional<std::string> time_text = {};  // the empty text makes formatting fail
     std::optional<long> millis = {}, nanos = {};
     std::optional<int> process_id = {}, thread_id = {};
-    bool canonicalize_fails = false;
     int open_flags = 0;                     // of the last fio_open
     int open_files = 0;                     // fio_open less fio_close
     std::optional<long> file_size = {};     // what fio_fdsize says

@@ -165,6 +165,7 @@ TEST(JavaNatives, MakeNoFurtherCallWhenOneFails) {
 
 TEST(JavaNatives, ThrowWithoutMemoryForTheList) {
     platform = Platform{};
+    make_ids();
     calls.clear();
     platform.failing_allocation = 1;
     EXPECT_FALSE(names());

@@ -160,9 +160,9 @@ TEST_F(Printing, KeepsTheLastErrorLosesLinesOfAFullDiskAndAllocatesNothing) {
     EXPECT_EQ(errno, 4711);
     platform = Platform{};
     ASSERT_EQ(logParseLogFilesEx("gc=>compiler", nullptr, 0, nullptr), 0);
-    const size_t allocations = faults().allocations;
+    const size_t allocations = faults.allocations;
     _logforceprintdecorations(log, 0, MSG_ERROR, 0xff, "%s %.3f", "kept", 1.5);
-    EXPECT_EQ(faults().allocations, allocations);
+    EXPECT_EQ(faults.allocations, allocations);
     EXPECT_NE(printed().find("e kept 1.500\n"), std::string::npos);
 }
 

@@ -117,11 +117,3 @@ TEST_F(Streams, ChangeNothingWhenAFileCannotBeOpened) {
         EXPECT_TRUE(stream(0) == kept && stream(1) == stderr) << name;
     }
 }
-
-TEST_F(Streams, OpenAFileAgainThatHasNoCanonicalPath) {
-    ASSERT_EQ(attach("a=file"), 0);
-    platform.canonicalize_fails = true;
-    ASSERT_EQ(attach("b=file"), 0);
-    EXPECT_NE(stream(1), stream(0));
-    EXPECT_EQ(open_descriptors("file"), 2);
-}

@@ -1,27 +1,31 @@
 #include "util/export/stacked_threadlocal.h"
+#include "osal/export/osal_threads.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <thread>
 
-static const void* const A = &A;
-static const void* const B = &B;
+osalError tlsAlloc(TLSKey* key) {
+    const auto real = reinterpret_cast<decltype(&tlsAlloc)>(dlsym(RTLD_NEXT, "tlsAlloc"));
+    return getenv("NO_SLOT") == nullptr ? real(key) : OSAL_OUT_OF_RESOURCES;
+}
 
-TEST(StackedLocal, FindsTheNewestBindingOfAKeyOnItsThread) {
+TEST(StackedLocal, FindsTheNewestBindingOfAKeyOnItsThreadAndAbortsWithoutASlot) {
+    const int A = 1, B = 2;
     int first, second, other;
     __tlnode nodes[3];
-    EXPECT_EQ(stackedLocalGet(A), nullptr);
-    stackedLocalPush(&nodes[0], &first, A);
-    stackedLocalPush(&nodes[1], &other, B);
-    stackedLocalPush(&nodes[2], &second, A);
-    EXPECT_EQ(stackedLocalGet(A), &second);
-    EXPECT_EQ(stackedLocalGet(B), &other);
-    std::thread([] { EXPECT_EQ(stackedLocalGet(A), nullptr); }).join();
+    EXPECT_EQ(stackedLocalGet(&A), nullptr);
+    stackedLocalPush(&nodes[0], &first, &A);
+    stackedLocalPush(&nodes[1], &other, &B);
+    stackedLocalPush(&nodes[2], &second, &A);
+    EXPECT_TRUE(stackedLocalGet(&A) == &second && stackedLocalGet(&B) == &other);
+    std::thread([&] { EXPECT_EQ(stackedLocalGet(&A), nullptr); }).join();
     stackedLocalPop(&nodes[2]);
-    EXPECT_EQ(stackedLocalGet(A), &first);
+    EXPECT_EQ(stackedLocalGet(&A), &first);
     stackedLocalPop(&nodes[1]);
-    EXPECT_EQ(stackedLocalGet(B), nullptr);
-    EXPECT_EQ(stackedLocalGet(nullptr), nullptr);
+    EXPECT_TRUE(stackedLocalGet(&B) == nullptr && stackedLocalGet(nullptr) == nullptr);
     stackedLocalPop(&nodes[0]);
     stackedLocalPop(&nodes[0]);  // one too many does nothing
-    EXPECT_EQ(stackedLocalGet(A), nullptr);
+    EXPECT_EQ(stackedLocalGet(&A), nullptr);
+    EXPECT_EQ(system("NO_SLOT=1 /proc/$PPID/exe 2>/dev/null"), 0x8600);  // the shell's SIGABRT
 }
