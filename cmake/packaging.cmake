@@ -10,7 +10,6 @@ set(KX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/kxutil")
 set(KX_PKGCONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 foreach(name util osal)
-    add_library(kx::${name} ALIAS kx${name})
     set_target_properties(kx${name} PROPERTIES EXPORT_NAME ${name})
 endforeach()
 install(TARGETS kxutil kxosal EXPORT kxutilTargets
@@ -30,7 +29,18 @@ write_basic_package_version_file(kxutilConfigVersion.cmake COMPATIBILITY SameMin
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/kxutilConfig.cmake"
     "${CMAKE_CURRENT_BINARY_DIR}/kxutilConfigVersion.cmake" DESTINATION "${KX_PACKAGE_DIR}")
 
-string(REGEX REPLACE "[^/]+" ".." kx_prefix "${KX_PKGCONFIG_DIR}")
+# Relative to the file's own folder, unless a folder was given as an absolute path.
+set(kx_pc_prefix "${CMAKE_INSTALL_PREFIX}")
+set(kx_pc_libdir "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(kx_pc_headers "${CMAKE_INSTALL_FULL_INCLUDEDIR}/kxutil")
+set(kx_pc_jars "${CMAKE_INSTALL_FULL_DATAROOTDIR}/java")
+if(NOT IS_ABSOLUTE "${KX_PKGCONFIG_DIR}")
+    string(REGEX REPLACE "[^/]+" ".." kx_up "${KX_PKGCONFIG_DIR}")
+    set(kx_pc_prefix "\${pcfiledir}/${kx_up}")
+    set(kx_pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+    set(kx_pc_headers "\${prefix}/${KX_HEADERS_DIR}")
+    set(kx_pc_jars "\${prefix}/${KX_JAR_DIR}")
+endif()
 configure_file(cmake/kxutil.pc.in kxutil.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/kxutil.pc" DESTINATION "${KX_PKGCONFIG_DIR}")
 

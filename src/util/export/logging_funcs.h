@@ -28,7 +28,7 @@ static inline MsgLevel logGetMsgLevel(LogModule module) {
 
 // True when a message of `level` to that module is to be printed.
 static inline bool logEnabled(LogModule module, MsgLevel level) {
-    return (unsigned int)logGetMsgLevel(module) >= (unsigned int)level;
+    return logGetMsgLevel(module) >= level;
 }
 
 // The sanity level of a module of the calling component, likewise.
