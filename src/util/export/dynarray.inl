@@ -37,7 +37,12 @@ DYNARRAY_HELPER void _da_copy_word(void* to, const void* from, size_t index) {
 DYNARRAY_HELPER void _da_copy(void* to, const void* from, size_t elemSize) {
     // A compiler that sees the element would object to moves longer than that, which do not happen.
     __asm__("" : "+r"(from));
-    if (elemSize == 8) {  // pointers and the like: spared the jump
+    if (elemSize == 8) {  // pointers, and pairs of them: spared the jump
+        _da_copy_word(to, from, 0);
+        return;
+    }
+    if (elemSize == 16) {
+        _da_copy_word(to, from, 1);
         _da_copy_word(to, from, 0);
         return;
     }

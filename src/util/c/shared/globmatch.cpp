@@ -10,8 +10,8 @@
 #include "util/export/globmatch.h"
 
 #include "osal/export/osal_msmalloc.h"
+#include "util/c/shared/vector/block.h"
 
-#include <immintrin.h>
 #include <stdarg.h>
 #include <string.h>
 
@@ -37,17 +37,11 @@ struct Literal {
     size_t length;  // not 0
 };
 
-constexpr ptrdiff_t BLOCK = 16;
-
 // The places among the 16 from p on where the literal's first and last characters stand, as bits.
 static unsigned candidates(const char* p, Literal literal) {
-    const auto are = [](const char* at, char c) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-        return _mm_cmpeq_epi8(block, _mm_set1_epi8(c));
-    };
     const size_t last = literal.length - 1;
-    return static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_and_si128(are(p, literal.begin[0]), are(p + last, literal.begin[last]))));
+    return bits_of(equal_to(load_block(p), literal.begin[0]) &
+                   equal_to(load_block(p + last), literal.begin[last]));
 }
 
 // The first place from `from` on where the literal stands, or null. `text` may reach back before
@@ -56,21 +50,21 @@ static const char* find(const Text& text, const char* from, Literal literal) {
     if (static_cast<size_t>(text.end - from) < literal.length)
         return nullptr;
     const char* const last = text.end - literal.length;
-    if (last - text.begin < BLOCK - 1) {
+    if (last - text.begin < BLOCK_BYTES - 1) {
         for (; from <= last; from++)
             if (same(from, literal.begin, literal.length))
                 return from;
         return nullptr;
     }
     while (from <= last) {
-        const char* const block = last - from < BLOCK - 1 ? last - (BLOCK - 1) : from;
+        const char* const block = last - from < BLOCK_BYTES - 1 ? last - (BLOCK_BYTES - 1) : from;
         unsigned places = candidates(block, literal) & (~0U << (from - block));
         for (; places != 0; places &= places - 1) {
             const char* const place = block + __builtin_ctz(places);
             if (same(place, literal.begin, literal.length))
                 return place;
         }
-        from = block + BLOCK;
+        from = block + BLOCK_BYTES;
     }
     return nullptr;
 }

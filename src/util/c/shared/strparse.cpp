@@ -62,6 +62,13 @@ static inline unsigned shift_of(char suffix) {
     return MULTIPLIERS.shift[static_cast<unsigned char>(suffix)];
 }
 
+// A number without a multiplier stays as it is: a product by 1 would be 0 for a subnormal number in
+// a thread that treats those as zero.
+static inline double multiplied(double number, char suffix) {
+    const unsigned shift = shift_of(suffix);
+    return shift == 0 ? number : number * static_cast<double>(u8{1} << shift);
+}
+
 bool strSuffixToMultiplier(int suffix, u8* multiplier) {
     if (suffix <= 0 || suffix > 'm' || shift_of(static_cast<char>(suffix)) == NO_MULTIPLIER)
         return false;
@@ -307,7 +314,7 @@ static inline bool read_double(const char* p, double* value) {
     double number;
     if (!decimal_to_double(negative, digits, power, &number))
         return false;
-    *value = number * static_cast<double>(u8{1} << shift_of(*p));
+    *value = multiplied(number, *p);
     return true;
 }
 
@@ -319,7 +326,7 @@ bool strToSuffixDouble(const char* str, double* value, const char** error_msg) {
         return fail(error_msg, "illegal floating point value");
     if (shift_of(suffix) == NO_MULTIPLIER)
         return fail(error_msg, "illegal suffix");
-    *value *= static_cast<double>(u8{1} << shift_of(suffix));
+    *value = multiplied(*value, suffix);
     return true;
 }
 

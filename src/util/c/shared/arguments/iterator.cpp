@@ -8,8 +8,8 @@
 #include "util/export/arguments.h"
 
 #include "osal/export/osal_msmalloc.h"
+#include "util/c/shared/vector/block.h"
 
-#include <immintrin.h>
 #include <string.h>
 #include <algorithm>
 
@@ -25,12 +25,9 @@ static inline void continue_at(ArgIterP iter, const char* p) {
     iter->args = p;
 }
 
-constexpr ptrdiff_t BLOCK_BYTES = 16;
-
 // One bit for each byte of the block at p that equals `c`.
 static inline unsigned matches(const char* p, char c) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(c))));
+    return bits_of(equal_to(load_block(p), c));
 }
 
 // The number of the lowest bit that is set.

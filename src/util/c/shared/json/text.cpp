@@ -96,11 +96,10 @@ static const char* scan_escape(json* js, const char* p) {
     p += 2;
     if (name == 'u' || name == 'x') {
         const int count = name == 'u' ? 4 : 2;
-        wchar_t c = plain_hex(p, count);
-        if (c >= 0)
+        const int value = plain_hex(p, count);  // a wchar_t may be unsigned
+        if (value >= 0)
             p += count;
-        else
-            c = scanned_hex(js, &p, count);
+        const wchar_t c = value >= 0 ? static_cast<wchar_t>(value) : scanned_hex(js, &p, count);
         char bytes[3];
         const unsigned length = wchar2utf8(bytes, c);
         append(js, bytes, length, p);
@@ -153,7 +152,7 @@ static const char* copy_swiftly(json* js, const char* p) {
         const int value = stop[1] == 'u' ? plain_hex(stop + 2, 4) : -1;
         if (value < 0)
             break;
-        out += wchar2utf8(out, value);
+        out += wchar2utf8(out, static_cast<wchar_t>(value));
         p = stop + 6;
     }
     js->used = static_cast<size_t>(out - js->buffer);
