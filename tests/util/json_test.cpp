@@ -83,6 +83,9 @@ const DocumentCase DOCUMENT_CASES[] = {
     {"[]]", "[ ]"},
     {"{a:1,}", "{ k:a i:1 }"},
     {"{a:1;}", "{ k:a i:1 }"},
+    {"{a:1,/*c*/b:2}", "{ k:a i:1 k:b i:2 }"},
+    {"[a[b]c{d:e}]", "[ s:a [ s:b ] s:c { k:d s:e } ]"},
+    {"{a{b:1}}", "{ k:a ! Unexpected char, line 1, \"{b:1}}\""},
     {"{a=[{b:{}}]; c: [[]]}", "{ k:a [ { k:b { } } ] k:c [ [ ] ] }"},
     {"[1 2 3]", "[ i:1 i:2 i:3 ]"},
     {"[,1,,2,]", "[ i:1 i:2 ]"},
@@ -177,6 +180,7 @@ const DocumentCase WORD_CASES[] = {
     {"1e5x", "s:1e5x"},
     {"1.5.2", "s:1.5.2"},
     {".", "s:."},
+    {"-.", "s:-."},
     {"e", "s:e"},
     {"inf", "s:inf"},
     {"nan.", "s:nan."},
@@ -184,6 +188,7 @@ const DocumentCase WORD_CASES[] = {
     {"9007199254740993.0", "f:9007199254740992"},    // halfway, to even
     {"18014398509481983.0", "f:18014398509481984"},  // up to the next power of two
     {"2.2250738585072011e-308", "f:2.2250738585072009e-308"},
+    {"1.5e-308", "f:1.4999999999999999e-308"},  // subnormal
     {"4.9406564584124654e-324", "f:4.9406564584124654e-324"},
 };
 
@@ -241,21 +246,22 @@ TEST(Json, CutsTheErrorTextToEveryBuffer) {
     }
 }
 
-const char* const ALL_KINDS = "{a: [\n'b', 0x7,\n1.5\n null true FALSE ] }";
+// Brackets stand first in their lines: the line is counted up to them, and not before.
+const char* const ALL_KINDS = "{a:\n[\n'b', 0x7,\n1.5\n null true FALSE\n]\n}";
 
 // The error text of an abort at each event of ALL_KINDS in turn.
 const char* const ABORT_TEXTS[] = {
-    "no 7, line 1, \"{a: [\"",  // no token is pending: the bracket
-    "no 7, line 1, \"a: [\"",
-    "no 7, line 1, \"[\"",
-    "no 7, line 2, \"'b', 0x7,\"",
-    "no 7, line 2, \"0x7,\"",
-    "no 7, line 3, \"1.5\"",  // the line break after it is not read yet
-    "no 7, line 4, \"null true FALSE ] }\"",
-    "no 7, line 4, \"true FALSE ] }\"",
-    "no 7, line 4, \"FALSE ] }\"",
-    "no 7, line 4, \"] }\"",
-    "no 7, line 4, \"}\"",
+    "no 7, line 1, \"{a:\"",  // no token is pending: the bracket
+    "no 7, line 1, \"a:\"",
+    "no 7, line 2, \"[\"",
+    "no 7, line 3, \"'b', 0x7,\"",
+    "no 7, line 3, \"0x7,\"",
+    "no 7, line 4, \"1.5\"",  // the line break after it is not read yet
+    "no 7, line 5, \"null true FALSE\"",
+    "no 7, line 5, \"true FALSE\"",
+    "no 7, line 5, \"FALSE\"",
+    "no 7, line 6, \"]\"",
+    "no 7, line 7, \"}\"",
 };
 
 static void abort_at_zero(JSONType, const JSONVal*, void* arg) {
