@@ -16,11 +16,11 @@
 static int open_files;
 
 // Files are not really made: log files go to a null device, and names with '!' cannot be opened.
-// Only the library opens with mode "w".
+// Only the library opens with mode "we".
 extern "C" FILE* fopen(const char* path, const char* mode) {
     static const auto real =
         reinterpret_cast<FILE* (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "fopen"));
-    if (std::strcmp(mode, "w") != 0)
+    if (std::strcmp(mode, "we") != 0)
         return real(path, mode);
     if (std::strchr(path, '!') != nullptr || *path == '\0')
         return nullptr;

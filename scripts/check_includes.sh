@@ -45,6 +45,7 @@ system_headers_for() {
         util/c/shared/logging/cancellation.h) echo "pthread.h" ;;
         util/c/shared/logging/registration.cpp) echo "$c_headers $cpp_headers dlfcn.h" ;;
         util/c/shared/logging/streams.cpp) echo "$c_headers $cpp_headers pthread.h stdio_ext.h" ;;
+        util/c/shared/vector/*) echo "$c_headers $cpp_headers emmintrin.h immintrin.h arm_neon.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;
         *) echo "$c_headers" ;;
     esac
