@@ -1,14 +1,18 @@
 package veltra.kestrum.log;
 
-import java.lang.invoke.MethodHandles;
+import java.io.PrintWriter;
+import java.io.StringWriter;
 import java.lang.invoke.VarHandle;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
+import java.nio.IntBuffer;
 import java.util.List;
+import java.util.NoSuchElementException;
 import java.util.Objects;
 import java.util.Optional;
 import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.ConcurrentMap;
+import java.util.function.Supplier;
 import veltra.kestrum.os.NativeLibrary;
 
 /**
@@ -72,8 +76,9 @@ public final class NativeLogModule {
         }
     }
 
-    private static final VarHandle WORD =
-            MethodHandles.byteBufferViewVarHandle(int[].class, ByteOrder.nativeOrder());
+    // Of a message, in the virtual machine's UTF-8. A character takes at least one of them, so
+    // longer texts need not be handed over whole.
+    private static final int MESSAGE_BYTES = 1022;
     private static final ConcurrentMap<String, NativeLogModule> MODULES = new ConcurrentHashMap<>();
     // Of no module: the native that finds modules is an instance method.
     private static final NativeLogModule FINDER;
@@ -81,13 +86,14 @@ public final class NativeLogModule {
     static {
         NativeLibrary.load();
         initIDs();
-        FINDER = new NativeLogModule(0, new String[] {""}, null, null, 0, 0);
+        ByteBuffer none = ByteBuffer.allocate(Integer.BYTES);
+        FINDER = new NativeLogModule(0, new String[] {""}, none, none, 0, 0);
     }
 
     private final long module;
     private final String[] names;
-    private final ByteBuffer level;
-    private final ByteBuffer sanity;
+    private final IntBuffer level;
+    private final IntBuffer sanity;
     private final Level defaultLevel;
     private final Sanity defaultSanity;
 
@@ -96,8 +102,8 @@ public final class NativeLogModule {
             int defaultLevel, int defaultSanity) {
         this.module = module;
         this.names = names;
-        this.level = level;
-        this.sanity = sanity;
+        this.level = level.order(ByteOrder.nativeOrder()).asIntBuffer();
+        this.sanity = sanity.order(ByteOrder.nativeOrder()).asIntBuffer();
         this.defaultLevel = Level.of(defaultLevel);
         this.defaultSanity = Sanity.of(defaultSanity);
     }
@@ -121,11 +127,21 @@ public final class NativeLogModule {
      * @param name the name or alias; upper and lower case differ
      * @return the module
      * @throws IllegalArgumentException with the message "no such logmodule", if no component loaded
-     *     so far has such a module; a retired name is none
+     *     so far has such a module; a retired name is none. Its cause, a
+     *     {@link NoSuchElementException}, tells the name.
      */
     public static NativeLogModule get(String name) {
         NativeLogModule known = MODULES.get(Objects.requireNonNull(name, "name"));
-        return known != null ? known : MODULES.computeIfAbsent(name, FINDER::getModule0);
+        return known != null ? known : MODULES.computeIfAbsent(name, NativeLogModule::find);
+    }
+
+    private static NativeLogModule find(String name) {
+        try {
+            return FINDER.getModule0(name);
+        } catch (IllegalArgumentException e) {
+            e.initCause(new NoSuchElementException("log module \"" + name + "\""));
+            throw e;
+        }
     }
 
     /**
@@ -246,6 +262,56 @@ public final class NativeLogModule {
     }
 
     /**
+     * Prints a message if its level is enabled, and makes its text only then.
+     *
+     * @param at the message's level
+     * @param text makes the finished message; called at most once, on this thread
+     */
+    public void log(Level at, Supplier<String> text) {
+        if (isEnabled(at)) {
+            print(at, text.get());
+        }
+    }
+
+    /**
+     * Prints a message and a stack trace if their level is enabled: a line for the message, then one
+     * for each line of {@link Throwable#printStackTrace()}, causes and suppressed exceptions
+     * included. A line of the trace that is too long for one message goes on in further ones. Lines
+     * of other threads may come in between.
+     *
+     * @param at the level of all lines
+     * @param text the finished message
+     * @param thrown what was thrown; null for none
+     */
+    public void log(Level at, String text, Throwable thrown) {
+        if (!isEnabled(at)) {
+            return;
+        }
+        print(at, text);
+        if (thrown != null) {
+            StringWriter trace = new StringWriter();
+            thrown.printStackTrace(new PrintWriter(trace, true));
+            trace.toString().lines().forEach(line -> printWhole(at, line));
+        }
+    }
+
+    private void printWhole(Level at, String line) {
+        int start = 0;
+        int bytes = 0;
+        for (int i = 0; i < line.length(); i++) {
+            char c = line.charAt(i);
+            int size = c == 0 || c >= 0x80 ? c >= 0x800 ? 3 : 2 : 1;
+            if (bytes + size > MESSAGE_BYTES) {
+                print(at, line.substring(start, i));
+                start = i;
+                bytes = 0;
+            }
+            bytes += size;
+        }
+        print(at, line.substring(start));
+    }
+
+    /**
      * Prints a message whatever the module's level is: one line with the module's decorations, on
      * the module's stream, whole and flushed. The text is printed as it is and cut after 1022 bytes of
      * the virtual machine's UTF-8, within a character if need be.
@@ -255,7 +321,8 @@ public final class NativeLogModule {
      * @throws NullPointerException if the text is null
      */
     public void print(Level at, String text) {
-        output(module, at.ordinal(), text);
+        boolean isCut = text != null && text.length() > MESSAGE_BYTES + 1;
+        output(module, at.ordinal(), isCut ? text.substring(0, MESSAGE_BYTES + 1) : text);
     }
 
     /** Returns the module's name. */
@@ -264,12 +331,14 @@ public final class NativeLogModule {
         return name();
     }
 
-    // Opaque: each call reads the word anew, also in a loop that waits for a level to change.
-    private static int read(ByteBuffer word) {
-        return (int) WORD.getOpaque(word, 0);
+    // The fence makes each call read the word anew, also in a loop that waits for a level to change.
+    private static int read(IntBuffer word) {
+        VarHandle.loadLoadFence();
+        return word.get(0);
     }
 
-    private static void write(ByteBuffer word, int value) {
-        WORD.setOpaque(word, 0, value);
+    private static void write(IntBuffer word, int value) {
+        word.put(0, value);
+        VarHandle.storeStoreFence();
     }
 }

@@ -1,6 +1,6 @@
 package veltra.kestrum.os;
 
-import java.nio.file.Path;
+import java.io.File;
 
 /**
  * The native library behind the classes of this tree, loaded when the first of them is used.
@@ -22,7 +22,8 @@ public final class NativeLibrary {
      * Loads the library unless that is done already. Any thread may call this at any time.
      *
      * @throws UnsatisfiedLinkError if the library cannot be loaded; its message names what was
-     *     looked for and where
+     *     looked for, where, and why it
+     *     failed
      */
     public static synchronized void load() {
         if (loaded) {
@@ -38,9 +39,10 @@ public final class NativeLibrary {
     }
 
     private static void loadFrom(String folder) {
-        Path file = Path.of(folder, System.mapLibraryName(NAME)).toAbsolutePath();
+        // No Path: its making fails for names that the locale cannot express.
+        String file = new File(folder, System.mapLibraryName(NAME)).getAbsolutePath();
         try {
-            System.load(file.toString());
+            System.load(file);
         } catch (UnsatisfiedLinkError e) {
             throw explained("Cannot load " + file + ", in the folder that -D" + FOLDER_PROPERTY
                     + " names (" + e.getMessage() + ")", e);
@@ -54,7 +56,7 @@ public final class NativeLibrary {
             throw explained("Cannot load " + System.mapLibraryName(NAME)
                     + " from java.library.path, which is "
                     + System.getProperty("java.library.path") + "; -D" + FOLDER_PROPERTY
-                    + " is not set", e);
+                    + " is not set (" + e.getMessage() + ")", e);
         }
     }
 

@@ -1,8 +1,9 @@
 package veltra.kestrum.os;
 
 /**
- * The running process as the platform layer sees it. Name it in full, or import it alone: a wildcard
- * import of this package yields to {@link java.lang.Process}.
+ * The running process as the platform layer sees it. Name it in full, or import it alone: with
+ * a wildcard import of this package the simple name is ambiguous, because it also means
+ * {@link java.lang.Process}.
  */
 public final class Process {
     static {
