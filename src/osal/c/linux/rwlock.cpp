@@ -59,7 +59,7 @@ constexpr unsigned READER_MASK = 1;
 constexpr unsigned WRITER_MASK = 2;
 
 constexpr int SPINS = 100;  // a few hundred nanoseconds to a microsecond: shorter than a sleep
-constexpr long NANOS_PER_MILLI = 1'000'000;
+constexpr long NANOS_PER_MS = 1'000'000;
 constexpr long PATIENCE_MS = 5;           // of a writer; far more than a line takes to print
 constexpr int COURTESY_MS = 100;          // longer than several threads take to print slowly
 constexpr long COURTESY_PAUSE_MS = 1000;  // ten times as much, so that courtesy costs a tenth
@@ -138,18 +138,18 @@ static void start_generation() {
     holds.unlisted = 0;
 }
 
-__attribute__((constructor(101))) static void watch_forks() {
+__attribute__((constructor(101))) static void watch_forks_for_locks() {
     pthread_atfork(nullptr, nullptr, start_generation);
 }
 
 static long now_ms() {
     struct timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1000 + now.tv_nsec / NANOS_PER_MILLI;
+    return now.tv_sec * 1000 + now.tv_nsec / NANOS_PER_MS;
 }
 
 static struct timespec as_timespec(long milliseconds) {
-    return {milliseconds / 1000, milliseconds % 1000 * NANOS_PER_MILLI};
+    return {milliseconds / 1000, milliseconds % 1000 * NANOS_PER_MS};
 }
 
 // Sleeps until woken under `mask`, or until the clock of now_ms() says `until_ms` unless that is 0;

@@ -8,9 +8,9 @@
 #include <immintrin.h>
 #include <algorithm>
 
-constexpr size_t BLOCK_BYTES = 64;
+constexpr size_t MASK_BYTES = 64;
 
-struct Block {
+struct BlockMasks {
     u8 string_stops, word_stops, significant;
 };
 
@@ -28,8 +28,8 @@ static inline u8 mask_of(__m128i bytes) {
 
 // The path for any processor of this kind. Clearing bit 0x20 unites "[]" with "{}", bit 0x01
 // ":" with ";", and "\"" with "#".
-static Block classify_narrow(const char* p) {
-    Block block = {};
+static BlockMasks classify_narrow(const char* p) {
+    BlockMasks block = {};
     for (int i = 0; i < 4; i++) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p) + i);
         const __m128i blanks = at_most(bytes, ' ');
@@ -105,7 +105,7 @@ WIDE static inline unsigned without(__m256i classes, char wanted) {
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(found, _mm256_setzero_si256())));
 }
 
-WIDE static inline Block classify_wide(const char* p) {
+WIDE static inline BlockMasks classify_wide(const char* p) {
     const __m256i by_upper = table(BY_UPPER_HALF), by_lower = table(BY_LOWER_HALF);
     const __m256i half = _mm256_set1_epi8(0x0F);
     u8 plain[2], part_of_word[2], blank[2];
@@ -125,20 +125,20 @@ WIDE static inline Block classify_wide(const char* p) {
 }
 
 // Blocks at p, the last of which may lie in a copy that is filled up with what stops every scan.
-template <Block (*classify)(const char*)>
+template <BlockMasks (*classify)(const char*)>
 [[gnu::always_inline]] static inline void index_blocks(Index* index, const char* p,
                                                        const char* end) {
     const size_t bytes = std::min(static_cast<size_t>(end - p), INDEXED_BYTES);
     size_t word = 0;
-    const auto put = [&](const Block& block) {
+    const auto put = [&](const BlockMasks& block) {
         index->string_stops[word] = block.string_stops;
         index->word_stops[word] = block.word_stops;
         index->significant[word++] = block.significant;
     };
-    for (; (word + 1) * BLOCK_BYTES <= bytes; p += BLOCK_BYTES)
+    for (; (word + 1) * MASK_BYTES <= bytes; p += MASK_BYTES)
         put(classify(p));
     if (bytes < INDEXED_BYTES) {
-        char rest[BLOCK_BYTES];
+        char rest[MASK_BYTES];
         memset(rest, ENCODED_ZERO, sizeof rest);
         memcpy(rest, p, static_cast<size_t>(end - p));
         put(classify(rest));
@@ -155,7 +155,7 @@ void build_index(Index* index, const char* p, const char* end) {
     const size_t left = static_cast<size_t>(end - p);
     index->begin = p;
     // Bits beyond the stretch mean nothing, so scans start well before them, or before the end.
-    index->bytes = left < INDEXED_BYTES ? left + 1 : INDEXED_BYTES - BLOCK_BYTES;
+    index->bytes = left < INDEXED_BYTES ? left + 1 : INDEXED_BYTES - MASK_BYTES;
     if (processor_is_wide)
         index_wide(index, p, end);
     else

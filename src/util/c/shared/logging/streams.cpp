@@ -47,7 +47,7 @@ static void drop_unwritten() {
         __fpurge(ref->f);
 }
 
-__attribute__((constructor)) static void watch_forks() {
+__attribute__((constructor)) static void watch_forks_for_streams() {
     pthread_atfork(nullptr, nullptr, drop_unwritten);
 }
 
