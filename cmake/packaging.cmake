@@ -20,6 +20,7 @@ foreach(folder util/export osal/export sharedinc)
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inl")
 endforeach()
 install_jar(kxutil_java DESTINATION "${KX_JAR_DIR}")
+install_jar(kxutil_loggers DESTINATION "${KX_JAR_DIR}")
 
 install(EXPORT kxutilTargets NAMESPACE kx:: DESTINATION "${KX_PACKAGE_DIR}")
 configure_package_config_file(cmake/kxutilConfig.cmake.in kxutilConfig.cmake
