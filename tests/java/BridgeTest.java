@@ -4,7 +4,6 @@ import java.nio.file.*;
 import java.util.*;
 import java.util.concurrent.*;
 import java.util.function.IntConsumer;
-import java.util.stream.IntStream;
 import veltra.kestrum.log.NativeLogModule;
 import veltra.kestrum.log.NativeLogModule.Level;
 import veltra.kestrum.log.NativeLogModule.Sanity;
@@ -19,9 +18,8 @@ import veltra.kestrum.os.Timing;
  * only. Many threads print for SECONDS. The first failed check ends it.
  */
 public final class BridgeTest {
-    private static final int PRINTERS = 6;
+    private static final int PRINTERS = 6; // of which two are native code
     private static final int MAX_LINES = 10_000_000; // of a printer; the next one's ids follow
-    private static final int NATIVE_LINES = 2 * MAX_LINES;
     private static final String[] OPTIONS = {
         "--log-file gc=%s/one", "--log-file gc=>inline", "--log-file gc=%s/two", "--log-file gc=>jit",
         "--log-file heap=%s/three,sweep=>heap", "--log-file heap=stderr,sweep=stderr",
@@ -127,9 +125,9 @@ public final class BridgeTest {
         threads.add(repeat(0, change));
         threads.add(repeat(0, n -> NativeLogModule.names()));
         threads.add(repeat(0, n -> Vm.list("/dev/null")));
-        for (int i = 0; i < 24; i++) {
+        for (int i = 0; i < 12; i++) {
             Thread.sleep(20);
-            if (round < 20) { // there is no room for thousands of libraries
+            if (round < 40) { // there is no room for thousands of libraries
                 Path copy = Path.of(folder, "component" + round + "." + i);
                 Files.copy(Path.of(System.getProperty("java.library.path"), "libvm.so"), copy);
                 timed(() -> System.load(copy.toString()));
@@ -138,16 +136,17 @@ public final class BridgeTest {
         done = true;
         threads.forEach(CompletableFuture::join);
         option("--log-file stderr");
-        Set<String> found = new HashSet<>();
+        BitSet found = new BitSet();
         for (String line : take("one", "two")) {
-            require(found.add(line.substring(line.lastIndexOf(']') + 1).strip()), "twice: " + line);
+            String text = line.substring(line.lastIndexOf(']') + 1).strip();
+            int id = Integer.parseInt(text.replaceAll("\\D", ""));
+            require(text.equals(text(id)) && !found.get(id), "torn or twice: " + line);
+            found.set(id);
         }
-        lines += found.size();
         for (int p = 0; p < PRINTERS; p++) {
-            IntStream.range(p * MAX_LINES, threads.get(p).join())
-                    .forEach(id -> require(found.remove(text(id)), "lost: " + text(id)));
+            same(threads.get(p).join(), found.nextClearBit(p * MAX_LINES)); // the first that is lost
         }
-        same(Set.of(), found);
+        lines += found.cardinality();
     }
 
     private static CompletableFuture<Integer> repeat(int first, IntConsumer action) {
@@ -161,7 +160,7 @@ public final class BridgeTest {
     }
 
     private static String text(int id) {
-        return id < NATIVE_LINES ? "native: round " + id : "java " + id + " -" + "-".repeat(id % 200);
+        return id < 2 * MAX_LINES ? "native: round " + id : "java " + id + " " + "-".repeat(id % 200 + 1);
     }
 
     private static void option(String option) {
