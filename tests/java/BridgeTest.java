@@ -125,9 +125,9 @@ public final class BridgeTest {
         threads.add(repeat(0, change));
         threads.add(repeat(0, n -> NativeLogModule.names()));
         threads.add(repeat(0, n -> Vm.list("/dev/null")));
-        for (int i = 0; i < 12; i++) {
+        for (int i = 0; i < 16; i++) {
             Thread.sleep(20);
-            if (round < 40) { // there is no room for thousands of libraries
+            if (round < 30) { // there is no room for thousands of libraries
                 Path copy = Path.of(folder, "component" + round + "." + i);
                 Files.copy(Path.of(System.getProperty("java.library.path"), "libvm.so"), copy);
                 timed(() -> System.load(copy.toString()));
