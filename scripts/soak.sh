@@ -7,11 +7,10 @@ minutes=${1:-60}
 
 scripts/bootstrap.sh
 cmake --preset release > /dev/null
-cmake --build --preset release --target soak > /dev/null
+cmake --build --preset release --target bridge_test > /dev/null
 folder=$(mktemp -d "${TMPDIR:-/tmp}/kx-soak.XXXXXX")
 trap 'rm -rf "$folder"' EXIT
 build=build/release
-java -Djava.library.path=$build/bin:$build/lib \
-    -cp $build/lib/kxutil.jar:$build/bin/demo.jar:$build/bin/soak.jar \
-    Soak $((minutes * 60)) "$folder" $build/bin/libvm.so 2> "$folder/errors" \
-    || { tail -20 "$folder/errors" >&2; exit 1; }
+java -Djava.library.path=$build/bin -Djava.io.tmpdir="$folder" \
+    -cp $build/lib/kxutil.jar:$build/bin/demo.jar:$build/bin/bridge_test.jar \
+    BridgeTest $build/lib $((minutes * 60))

@@ -1,17 +1,9 @@
 import demo.Vm;
-import java.io.IOException;
-import java.lang.reflect.InvocationTargetException;
-import java.lang.reflect.Method;
 import java.nio.charset.StandardCharsets;
-import java.nio.file.Files;
-import java.nio.file.Path;
-import java.util.ArrayList;
-import java.util.Arrays;
-import java.util.List;
-import java.util.Objects;
-import java.util.Optional;
-import java.util.concurrent.atomic.AtomicBoolean;
-import java.util.stream.IntStream;
+import java.nio.file.*;
+import java.util.*;
+import java.util.concurrent.*;
+import java.util.function.IntConsumer;
 import veltra.kestrum.log.NativeLogModule;
 import veltra.kestrum.log.NativeLogModule.Level;
 import veltra.kestrum.log.NativeLogModule.Sanity;
@@ -22,220 +14,191 @@ import veltra.kestrum.os.Timing;
 /**
  * The Java classes over the library in a real virtual machine, with the components of the examples.
  *
- * <p>Usage: BridgeTest LIBRARY_FOLDER, with java.library.path leading to the components only. The
- * first failed check ends it.
+ * <p>Usage: BridgeTest LIBRARY_FOLDER SECONDS, with java.library.path leading to the components
+ * only. Many threads print for SECONDS. The first failed check ends it.
  */
 public final class BridgeTest {
-    private interface Check {
-        void run() throws Exception;
-    }
-
-    private static Path folder;
-    private static NativeLogModule gc;
-    private static NativeLogModule vm;
+    private static final int PRINTERS = 6; // of which two are native code
+    private static final int MAX_LINES = 10_000_000; // of a printer; the next one's ids follow
+    private static final String[] OPTIONS = {
+        "--log-file gc=%s/one", "--log-file gc=>inline", "--log-file gc=%s/two", "--log-file gc=>jit",
+        "--log-file heap=%s/three,sweep=>heap", "--log-file heap=stderr,sweep=stderr",
+        "--decorations level,module", "--decorations timestamp,pid,occupancy",
+        "--decorations millis,nanos,osthreadid", "--decorations ",
+        "--log jit=trace,gc=debug,heap", "--log jit=quiet,gc=info,heap=quiet",
+        "--sanity gc=check,jit", "--sanity none"};
+    private static final LongSummaryStatistics CHANGES = new LongSummaryStatistics(); // nanoseconds
+    private static volatile boolean done;
+    private static String folder;
+    private static long lines;
 
     public static void main(String[] args) throws Exception {
-        folder = Files.createTempDirectory("kxutil_java");
+        folder = Files.createTempDirectory("kxutil_java").toString();
         try {
-            namesWhatItLooksFor();
+            System.setProperty(NativeLibrary.FOLDER_PROPERTY, folder);
+            same("java.lang.UnsatisfiedLinkError: Cannot load " + folder + "/libkxutil.so",
+                    thrownBy(NativeLibrary::load).split(",")[0]);
             System.setProperty(NativeLibrary.FOLDER_PROPERTY, args[0]);
             Vm.start();
-            gc = NativeLogModule.get("collector");
-            vm = NativeLogModule.get("VM");
-            findsAndLists();
-            sharesLevels();
-            printsTexts();
-            throwsExceptions();
-            printsFromManyThreads();
-            looksUpWithoutLeak();
+            sharesModules(NativeLogModule.get("collector"), NativeLogModule.get("VM"));
+            printsTexts(NativeLogModule.get("VM"));
             readsProcessAndCounter();
-        } finally {
-            try (var files = Files.list(folder)) {
-                files.forEach(file -> file.toFile().delete());
+            int rounds = 0;
+            long end = System.nanoTime() + Integer.parseInt(args[1]) * 1_000_000_000L;
+            for (; System.nanoTime() < end; rounds++) {
+                printsFromManyThreads(rounds);
             }
-            Files.delete(folder);
+            System.out.println(rounds + " rounds, " + lines + " lines, " + CHANGES.getCount()
+                    + " option changes, the longest " + CHANGES.getMax() / 1_000_000 + " ms");
+        } finally {
+            done = true;
+            new ProcessBuilder("rm", "-r", folder).start();
         }
     }
 
-    private static void namesWhatItLooksFor() {
-        String error = thrownBy(NativeLibrary::load).getMessage();
-        require(error.startsWith("Cannot load libkxutil.so from java.library.path, which is "
-                + System.getProperty("java.library.path") + ";"), error);
-        System.setProperty(NativeLibrary.FOLDER_PROPERTY, folder.toString());
-        error = thrownBy(NativeLibrary::load).getMessage();
-        require(error.startsWith("Cannot load " + folder + "/libkxutil.so,"), error);
-    }
-
-    private static void findsAndLists() {
+    private static void sharesModules(NativeLogModule gc, NativeLogModule vm) throws Exception {
         same(List.of("VM", "deopt", "gc", "gc", "heap", "inline", "jit", "sweep", "util"),
                 NativeLogModule.names());
-        same("gc", gc.name());
-        same(Optional.of("collector"), gc.alias());
-        same(gc, NativeLogModule.get("collector"));
-        same(Optional.empty(), NativeLogModule.get("gc").alias()); // the linked module is newer
-        same(Level.WARN, gc.defaultLevel());
-        same(Sanity.NONE, gc.defaultSanity());
-    }
-
-    private static void sharesLevels() throws IOException {
-        Vm.option("--log", "gc=trace,VM=error");
-        Vm.option("--sanity", "gc=check");
-        same(List.of(Level.TRACE, Level.ERROR), List.of(gc.level(), vm.level()));
-        same(List.of(Sanity.CHECK, Sanity.NONE), List.of(gc.sanity(), vm.sanity()));
-        require(gc.isChecked(Sanity.CHECK) && !gc.isChecked(Sanity.DEBUG), "sanity");
-        require(vm.isEnabled(Level.ERROR) && !vm.isEnabled(Level.WARN), "level");
+        NativeLogModule linked = NativeLogModule.get("gc"); // the newest of that name
+        same(List.of("gc", Optional.of("collector"), Optional.empty(), Level.WARN, Sanity.NONE),
+                List.of(gc.name(), gc.alias(), linked.alias(), gc.defaultLevel(), gc.defaultSanity()));
+        option("--log gc=trace,VM=error");
+        option("--sanity gc=check");
+        same(List.of(Level.TRACE, Level.ERROR, Sanity.CHECK, Sanity.NONE),
+                List.of(gc.level(), vm.level(), gc.sanity(), vm.sanity()));
+        same(List.of(true, false, true, false), List.of(gc.isChecked(Sanity.CHECK),
+                gc.isChecked(Sanity.DEBUG), vm.isEnabled(Level.ERROR), vm.isEnabled(Level.WARN)));
         vm.setLevel(Level.DEBUG);
         vm.setSanity(Sanity.TRACE);
-        NativeLogModule.get("gc").setLevel(Level.QUIET);
-        Vm.option("--log-file", file("log"));
+        Vm.list(folder + "/listing");
+        same("\tVM: level=DEBUG, decorations=3, sanity=TRACE", take("listing").get(0));
+        option("--log-file %s/log");
+        linked.setLevel(Level.QUIET);
         Vm.collect(1);
-        NativeLogModule.get("gc").setLevel(Level.INFO);
+        linked.setLevel(Level.INFO);
         Vm.collect(2);
-        same(List.of("[INFO ][gc     ] native: round 2"), lines("log"));
-        Vm.list(file("listing"));
-        same("\tVM: level=DEBUG, decorations=3, sanity=TRACE", lines("listing").get(0));
-        Vm.option("--sanity", "none");
+        same(List.of("[INFO ][gc     ] native: round 2"), take("log"));
     }
 
-    private static void printsTexts() throws IOException {
-        Vm.option("--log-file", "VM=" + file("texts"));
-        String[] texts = {"%s %n 100%", "", "caf\u00e9 \u4e2d\u6587", "two\nlines\n", "x".repeat(10_000)};
-        for (String text : texts) {
-            vm.print(Level.TRACE, text); // whatever the level is
-        }
-        Vm.option("--log", "VM=warn");
+    private static void printsTexts(NativeLogModule vm) throws Exception {
+        option("--log-file VM=%s/texts");
+        vm.print(Level.TRACE, "%s %n 100%"); // whatever the level is
+        vm.print(Level.TRACE, "caf\u00e9" + "x".repeat(10_000));
+        option("--log VM=warn");
         vm.log(Level.INFO, "off");
         vm.log(Level.WARN, "\ud83d\ude00"); // two surrogates, encoded one by one
-        String trace = "[TRACE][VM     ] ";
-        String expected = trace + texts[0] + "\n" + trace + "\n" + trace + texts[2] + "\n" + trace
-                + texts[3] + trace + "x".repeat(1022) + "\n";
-        byte[] last = {(byte) 0xed, (byte) 0xa0, (byte) 0xbd, (byte) 0xed, (byte) 0xb8, (byte) 0x80};
-        byte[] printed = Files.readAllBytes(Path.of(file("texts")));
-        int surrogates = printed.length - last.length - 1;
-        same(expected + "[WARN ][VM     ] ", new String(printed, 0, surrogates, StandardCharsets.UTF_8));
-        require(Arrays.equals(last, 0, 6, printed, surrogates, printed.length - 1), "surrogates");
-    }
-
-    private static void throwsExceptions() {
-        Throwable thrown = thrownBy(() -> NativeLogModule.get("verbosegc")); // has retired
-        same("java.lang.IllegalArgumentException: no such logmodule", thrown.toString());
-        thrown = thrownBy(() -> vm.print(Level.ERROR, null));
-        same("java.lang.NullPointerException: ", thrown.toString());
-        same(NullPointerException.class, thrownBy(() -> NativeLogModule.get(null)).getClass());
-        same(NullPointerException.class, thrownBy(() -> getModule0(null)).getClass());
-    }
-
-    private static void printsFromManyThreads() throws Exception {
-        Vm.option("--log-file", file("many"));
-        AtomicBoolean done = new AtomicBoolean();
-        Thread meddler = new Thread(() -> {
-            for (int i = 0; !done.get(); i++) {
-                NativeLogModule.names();
-                Vm.list(file("listing"));
-                gc.setLevel(i % 2 == 0 ? Level.TRACE : Level.QUIET);
-                Vm.option("--log", "jit=" + (i % 2 == 0 ? "debug" : "error"));
-            }
-        });
-        meddler.start();
-        List<String> expected = new ArrayList<>();
-        List<Thread> writers = new ArrayList<>();
-        for (int t = 0; t < 8; t++) {
-            NativeLogModule module = t % 2 == 0 ? gc : NativeLogModule.get("jit");
-            String text = "thread " + t + " " + "-".repeat(100 * t) + " line ";
-            for (int i = 0; i < 500; i++) {
-                expected.add(String.format("[INFO ][%-7s] %s%d", module.name(), text, i));
-            }
-            writers.add(new Thread(() -> IntStream.range(0, 500).forEach(
-                    i -> module.print(Level.INFO, text + i))));
-        }
-        writers.forEach(Thread::start);
-        for (Thread writer : writers) {
-            writer.join();
-        }
-        done.set(true);
-        meddler.join();
-        List<String> printed = new ArrayList<>(lines("many"));
-        printed.sort(null);
-        expected.sort(null);
-        same(expected, printed);
-    }
-
-    // The compiler takes memory while it works; a leak goes on in every round.
-    private static void looksUpWithoutLeak() throws Exception {
-        long grown = Long.MAX_VALUE;
-        for (int round = 0; round < 6 && grown >= 500; round++) {
-            long before = residentPages();
-            lookUp(100_000);
-            grown = residentPages() - before;
-        }
-        require(grown < 500, "grown by " + grown + " pages");
-    }
-
-    private static void lookUp(int times) throws Exception {
-        String unknown = "no such module ".repeat(20);
-        for (int i = 0; i < times; i++) {
-            require(getModule0("heap").name().equals("heap"), "a module");
-            if (i % 10 == 0) {
-                thrownBy(() -> NativeLogModule.get(unknown));
-                NativeLogModule.names();
-            }
-        }
+        same(List.of("[TRACE][VM     ] %s %n 100%",
+                "[TRACE][VM     ] caf\u00c3\u00a9" + "x".repeat(1022 - 5),
+                "[WARN ][VM     ] \u00ed\u00a0\u00bd\u00ed\u00b8\u0080"), take("texts"));
+        same("java.lang.IllegalArgumentException: no such logmodule",
+                thrownBy(() -> NativeLogModule.get("verbosegc"))); // has retired
+        same("java.lang.NullPointerException: ", thrownBy(() -> vm.print(Level.ERROR, null)));
     }
 
     private static void readsProcessAndCounter() throws Exception {
         same(ProcessHandle.current().pid(), (long) Process.getpid());
         long java = System.nanoTime();
         long ticks = Timing.counterTime();
-        long nanos = Timing.nanoTime();
+        long passed = Timing.nanoTime() - Timing.toNanos(ticks);
         java = System.nanoTime() - java;
-        require(ticks > 0 && nanos - Timing.toNanos(ticks) >= 0, "the counter runs backwards");
-        require(nanos - Timing.toNanos(ticks) <= java, "the counter runs too fast");
-        same(Timing.ticksPerSecond(), hidden(Timing.class, "init").invoke(null)); // once more
-        require(Timing.counterTime() > ticks, "the counter stands still");
-        Method convert = hidden(Timing.class, "toNanos", long.class, long.class);
+        require(passed > 0 && passed <= java, "the counter: " + passed + " of " + java);
+        same(1_000_000_000L, Timing.toNanos(Timing.ticksPerSecond()));
+        var convert = Timing.class.getDeclaredMethod("toNanos", long.class, long.class);
+        convert.setAccessible(true);
         same(9_000_000_000_333_333_333L, convert.invoke(null, 27_000_000_001_000_000L, 3_000_000L));
-        same(-333L, convert.invoke(null, -1L, 3_000_000L));
     }
 
-    private static long residentPages() throws IOException {
-        return Long.parseLong(Files.readString(Path.of("/proc/self/statm")).split(" ")[1]);
+    // Without pauses, while options change, modules are listed and components register. "jit" and
+    // "inline" hold a file each, between which "gc" moves; each line is in one, once and whole.
+    private static void printsFromManyThreads(int round) throws Exception {
+        option("--log quiet,gc=info");
+        option("--log-file %1$s/one,inline=%1$s/two");
+        done = false;
+        List<CompletableFuture<Integer>> threads = new ArrayList<>();
+        for (int p = 0; p < PRINTERS; p++) {
+            NativeLogModule module = NativeLogModule.get(p % 2 == 0 ? "gc" : "jit");
+            threads.add(repeat(p * MAX_LINES,
+                    p < 2 ? Vm::collect : id -> module.print(Level.INFO, text(id))));
+        }
+        IntConsumer change = n -> option(OPTIONS[ThreadLocalRandom.current().nextInt(OPTIONS.length)]);
+        threads.add(repeat(0, change));
+        threads.add(repeat(0, change));
+        threads.add(repeat(0, n -> NativeLogModule.names()));
+        threads.add(repeat(0, n -> Vm.list("/dev/null")));
+        for (int i = 0; i < 16; i++) {
+            Thread.sleep(20);
+            if (round < 30) { // there is no room for thousands of libraries
+                Path copy = Path.of(folder, "component" + round + "." + i);
+                Files.copy(Path.of(System.getProperty("java.library.path"), "libvm.so"), copy);
+                timed(() -> System.load(copy.toString()));
+            }
+        }
+        done = true;
+        threads.forEach(CompletableFuture::join);
+        option("--log-file stderr");
+        BitSet found = new BitSet();
+        for (String line : take("one", "two")) {
+            String text = line.substring(line.lastIndexOf(']') + 1).strip();
+            int id = Integer.parseInt(text.replaceAll("\\D", ""));
+            require(text.equals(text(id)) && !found.get(id), "torn or twice: " + line);
+            found.set(id);
+        }
+        for (int p = 0; p < PRINTERS; p++) {
+            same(threads.get(p).join(), found.nextClearBit(p * MAX_LINES)); // the first that is lost
+        }
+        lines += found.cardinality();
     }
 
-    // The look-up behind the cache.
-    private static NativeLogModule getModule0(String name) throws Exception {
-        try {
-            return (NativeLogModule) hidden(NativeLogModule.class, "getModule0", String.class)
-                    .invoke(gc, name);
-        } catch (InvocationTargetException e) {
-            throw (Exception) e.getCause();
+    private static CompletableFuture<Integer> repeat(int first, IntConsumer action) {
+        return CompletableFuture.supplyAsync(() -> {
+            int id = first;
+            while (!done) {
+                action.accept(id++);
+            }
+            return id;
+        }, task -> new Thread(task).start());
+    }
+
+    private static String text(int id) {
+        return id < 2 * MAX_LINES ? "native: round " + id : "java " + id + " " + "-".repeat(id % 200 + 1);
+    }
+
+    private static void option(String option) {
+        String[] words = String.format(option, folder).split(" ", 2);
+        timed(() -> Vm.option(words[0], words[1]));
+    }
+
+    private static void timed(Runnable change) {
+        long nanos = System.nanoTime();
+        change.run();
+        nanos = System.nanoTime() - nanos;
+        require(nanos < 1_000_000_000, "an option or a load took " + nanos + " ns");
+        synchronized (CHANGES) {
+            CHANGES.accept(nanos);
         }
     }
 
-    private static Method hidden(Class<?> owner, String name, Class<?>... types) throws Exception {
-        Method method = owner.getDeclaredMethod(name, types);
-        method.setAccessible(true);
-        return method;
+    // The lines of files, which are gone then.
+    private static List<String> take(String... names) throws Exception {
+        List<String> lines = new ArrayList<>();
+        for (String name : names) {
+            lines.addAll(Files.readAllLines(Path.of(folder, name), StandardCharsets.ISO_8859_1));
+            Files.delete(Path.of(folder, name));
+        }
+        return lines;
     }
 
-    private static String file(String name) {
-        return folder.resolve(name).toString();
-    }
-
-    private static List<String> lines(String name) throws IOException {
-        return Files.readAllLines(Path.of(file(name)));
-    }
-
-    private static Throwable thrownBy(Check check) {
+    private static String thrownBy(Runnable action) {
         try {
-            check.run();
+            action.run();
         } catch (Throwable e) {
-            return e;
+            return e.toString();
         }
         throw new AssertionError("nothing thrown");
     }
 
     private static void same(Object expected, Object actual) {
-        require(Objects.equals(expected, actual), "expected " + expected + ", not " + actual);
+        require(expected.equals(actual), "expected " + expected + ", not " + actual);
     }
 
     private static void require(boolean condition, String otherwise) {
