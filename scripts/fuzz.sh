@@ -19,7 +19,7 @@ fi
 for target in "${targets[@]}"; do
     corpus=build/fuzz/corpus/$target
     mkdir -p "$corpus"
-    options=(-max_total_time="$seconds" -artifact_prefix=build/fuzz/ -print_final_stats=1)
+    options=(-max_total_time="$seconds" -artifact_prefix="$PWD/build/fuzz/" -print_final_stats=1)
     dictionary=fuzz/${target%_fuzz}.dict
     [ ! -f "$dictionary" ] || options+=(-dict="$dictionary")
     log=build/fuzz/$target.log

@@ -5,39 +5,23 @@
 #include "util/export/streamwriter.h"
 #include "util/export/utf8.h"
 
-static const char block[5000] = "block";
+static const char block[5000] = "block", *text = "\xE2\x82\xAC";
+static const short small = 1;
 
-void write_blocks(fio_fd fd);
-void write_blocks(fio_fd fd) {
+size_t use(fio_fd fd, char to[4], void** elements);
+size_t use(fio_fd fd, char to[4], void** elements) {
     streamwriter w;
     sw_init(&w, fd, 0);
     sw_bytes(&w, block, sizeof block);
     sw_bytes(&w, block, 3000);
     sw_flush(&w);
-}
-
-bool copy(char to[4]);
-bool copy(char to[4]) {
     kestrum_util_strncpy(to, "longer than that", 4);
-    return kestrum_util_strncpy_s(to, 4, "longer", 6) || kestrum_util_strncpy_s(to, 4, "abc", 3);
-}
-
-size_t collect(void** elements);
-size_t collect(void** elements) {
-    const short small = 1;
-    const char large[100] = "large";
-    DynArrayP smalls = dynArrayNew(0, sizeof small), larges = dynArrayNew(2, sizeof large);
-    if (smalls == NULL || larges == NULL)
-        return 0;
+    if (kestrum_util_strncpy_s(to, 4, "longer", 6) || kestrum_util_strncpy_s(to, 4, "abc", 3))
+        return wchar2utf8(to, next_utf2wchar(&text));
+    DynArrayP smalls = dynArrayNew(0, sizeof small), larges = dynArrayNew(2, 100);
     dynArrayAddLast(smalls, (void*)&small);
     dynArrayInsert(smalls, 0, (void*)&small);
-    dynArraySet(larges, 7, (void*)large);
+    dynArraySet(larges, 7, (void*)block);
     dynArrayFree(smalls);
     return dynArrayCommit(larges, elements);
-}
-
-unsigned encode(char to[3]);
-unsigned encode(char to[3]) {
-    const char* text = "\xE2\x82\xAC";
-    return wchar2utf8(to, next_utf2wchar(&text));
 }

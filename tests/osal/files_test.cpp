@@ -1,12 +1,9 @@
 #include "osal/export/linux/osal_files_pd.h"
-
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/socket.h>
-#include <unistd.h>
-#include <string>
+#include <csignal>
 #include <thread>
 
 using std::string;
@@ -18,28 +15,24 @@ TEST(Files, OpenAsTheFlagsSayAndExceedFourGigabytes) {
     const char* const name = path.c_str();
     EXPECT_TRUE(fio_open(name, 9) == -1 && fio_fsize(name) == -1);  // 9 reads an existing file
     const fio_fd fd = fio_open(name, FIO_READ | FIO_WRITE);
-    EXPECT_EQ(fio_fsize(name), 0);
-    EXPECT_EQ(fio_seek(fd, SIZE - 1, 0), SIZE - 1);
-    EXPECT_EQ(fio_write_fully(fd, "x", 1), 1);
+    EXPECT_TRUE(fio_fsize(name) == 0 && fio_seek(fd, SIZE - 1, 0) == SIZE - 1);
     char byte = 0;
-    EXPECT_EQ(fio_seek(fd, -1, 1), SIZE - 1);
-    EXPECT_TRUE(fio_read_fully(fd, &byte, 1) == 1 && byte == 'x');
-    EXPECT_TRUE(fio_fsize(name) == SIZE && fio_close(fd) == 0);
-    ASSERT_EQ(link(name, other.c_str()), 0);
+    EXPECT_TRUE(fio_write_fully(fd, "x", 1) == 1 && fio_seek(fd, -1, 1) == SIZE - 1);
+    EXPECT_TRUE(fio_read_fully(fd, &byte, 1) == 1 && byte == 'x' && fio_close(fd) == 0);
+    std::filesystem::create_hard_link(path, other);
     const fio_fd same = fio_open(other.c_str(), 9);
     EXPECT_TRUE(fio_write_fully(same, "x", 1) == 0 && fio_fdsize(same) == SIZE);
     EXPECT_TRUE(fio_is_same_files_by_path(name, same));
-    EXPECT_FALSE(fio_is_same_files_by_path("/dev/null", same));
-    EXPECT_FALSE(fio_is_same_files_by_path("/proc/missing", 0));
-    EXPECT_FALSE(fio_is_same_files_by_path(name, -1));
+    for (const auto& [wrong, opened] : {std::pair("/dev/null", same), {"/-", 0}, {name, -1}})
+        EXPECT_FALSE(fio_is_same_files_by_path(wrong, opened)) << wrong;
     EXPECT_TRUE(fio_close(same) == 0 && fio_fdsize(-1) == -1 && fio_close(-1) == -1);
-    fio_close(fio_open(name, FIO_READ | FIO_TRUNCATE));  // only when writing
-    EXPECT_EQ(fio_fsize(name), SIZE);
-    fio_close(fio_open(name, FIO_WRITE | FIO_TRUNCATE));
-    EXPECT_EQ(fio_fsize(name), 0);
+    for (int mode : {FIO_READ, FIO_WRITE}) {
+        fio_close(fio_open(name, mode | FIO_TRUNCATE));
+        EXPECT_EQ(fio_fsize(name), mode == FIO_READ ? SIZE : 0);  // only when writing
+    }
     const string canonical = "/proc/" + std::to_string(getpid());
     string out(canonical.size() + 1, '#');
-    EXPECT_FALSE(fio_canonicalize_path("/proc/missing", out.data(), out.size()));
+    EXPECT_FALSE(fio_canonicalize_path("/proc/-", out.data(), out.size()));
     EXPECT_FALSE(fio_canonicalize_path("/proc/self", out.data(), out.size() - 1));
     EXPECT_TRUE(fio_canonicalize_path("/proc/./self", out.data(), out.size()));
     EXPECT_EQ(out, canonical + '\0');
@@ -47,9 +40,8 @@ TEST(Files, OpenAsTheFlagsSayAndExceedFourGigabytes) {
 
 // The timer interrupts the main thread, which waits for its peer first as reader, then as writer.
 TEST(Files, CrossANonBlockingSocketWholeDespiteSignals) {
-    const string sent = read_file("/proc/self/exe");  // more than a socket holds
+    string sent = read_file("/proc/self/exe"), received(sent.size(), '#');  // more than it holds
     const int length = sent.size();
-    string received(sent.size(), '#');
     struct sigaction interrupt = {};
     interrupt.sa_handler = [](int) {};
     sigaction(SIGALRM, &interrupt, nullptr);

@@ -5,26 +5,22 @@
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
-#include <string>
 
 TEST(Memory, ResizingToNothingKeepsABlock) {
-    void* block = gsMalloc(0);
-    ASSERT_NE(block, nullptr);
-    void* empty = msRealloc(globalMSpace(), block, 0);
+    void* const empty = msRealloc(globalMSpace(), gsMalloc(0), 0);
     EXPECT_NE(empty, nullptr);  // null would mean that the old block is still there
     msFree(globalMSpace(), empty);
 }
 
 static std::string reported(const std::string& expression, const std::string& argument) {
     testing::internal::CaptureStderr();
-    faults.failing_write = 1;
-    faults.error = EINTR;  // at first
+    faults = {.failing_write = 1, .error = EINTR};  // at first
     assertReport(expression.c_str(), "x.cpp", 417, "copy", "not\r\n%s", argument.c_str());
-    close(STDERR_FILENO);  // where the next report fails; put back below
+    close(STDERR_FILENO);  // where the next reports fail; put back below
     errno = ENOTTY;
-    assertReport("e", "x.cpp", 417, "copy", "");
     const wchar_t unencodable[] = {0x7fffffff, 0};
-    assertReport("e", "x.cpp", 417, "copy", "%ls", unencodable);
+    for (const char* format : {"", "%ls"})
+        assertReport("e", "x.cpp", 417, "copy", format, unencodable);
     EXPECT_EQ(errno, ENOTTY);
     return testing::internal::GetCapturedStderr();
 }

@@ -5,19 +5,27 @@
 #include <unistd.h>
 #include <atomic>
 #include <ctime>
+#include <semaphore>
 #include <thread>
 #include <vector>
+
+// The status of a child process that runs `body`.
+static int status_of_child(auto body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        _exit(body());
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
 
 TEST(Ids, AreRightInEveryThreadAndInAChild) {
     const auto ok = [] { return osGetProcessID() == getpid() && threadGetCurrentID() == gettid(); };
     EXPECT_TRUE(ok() && ok());  // the second answer is the one kept
     std::thread([ok] { EXPECT_TRUE(ok() && ok()); }).join();
-    const pid_t child = fork();
-    if (child == 0)
-        exit(ok() ? 0 : 1);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(status_of_child([ok] { return ok() ? 0 : 1; }), 0);
 }
 
 struct Hold {
@@ -77,60 +85,54 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
 // In a child the other threads' holds are gone, and its own go on.
 TEST(RwLock, AChildStartsWithTheHoldsOfTheThreadThatForked) {
     static volatile int others, mine, both, written;
-    std::atomic<bool> ready = false, done = false;
+    std::binary_semaphore ready(0), done(0);
     std::jthread other([&] {
         rwWriteLock(&others);
         rwReadLock(&both);
-        ready = true;
-        while (!done)
-            usleep(1000);
+        ready.release();
+        done.acquire();
         rwReadUnlock(&both);
         rwWriteUnlock(&others);
     });
-    while (!ready)
-        usleep(1000);
+    ready.acquire();
     for (volatile int* word : {&mine, &both, &mine})
         rwReadLock(word);
     rwWriteLock(&written);
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        rwReadLock(&others);
-        rwReadUnlock(&others);
-        rwReadLock(&mine);
-        for (volatile int* word : {&mine, &mine, &both, &mine})  // in another order
+    const auto release_mine = [] {
+        for (volatile int* word : {&mine, &mine, &both})  // in another order
             rwReadUnlock(word);
         rwWriteUnlock(&written);
+    };
+    const auto use_all = [release_mine] {
+        rwReadLock(&mine);
+        release_mine();
+        rwReadLock(&others);
+        for (volatile int* word : {&others, &mine})
+            rwReadUnlock(word);
         for (volatile int* word : {&others, &mine, &both, &written})
             rwWriteLock(word);
-        _exit(0);
-    }
-    done = true;
-    for (volatile int* word : {&mine, &both, &mine})
-        rwReadUnlock(word);
-    rwWriteUnlock(&written);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+        return 0;
+    };
+    EXPECT_EQ(status_of_child(use_all), 0);
+    release_mine();
+    done.release();
 }
 
 // More of them than the platform keeps in its fast ones; in the end, all that there are.
 TEST(Slots, AreSeparateInEveryThreadAndFromOneAnotherUntilTheyRunOut) {
-    TLSKey keys[12];
+    TLSKey keys[12], last;
     EXPECT_EQ(tlsAlloc(nullptr), OSAL_BAD_ARGUMENT);
-    ASSERT_EQ(tlsAlloc(&keys[0]), OSAL_OK);
-    EXPECT_EQ(tlsSet(keys[0] + 1, &keys), OSAL_BAD_ARGUMENT);  // nobody's yet
     for (TLSKey& key : keys) {
         ASSERT_EQ(tlsAlloc(&key), OSAL_OK);
-        EXPECT_EQ(tlsGet(key), nullptr);
-        EXPECT_EQ(tlsSet(key, &key), OSAL_OK);
+        EXPECT_TRUE(&key != keys || tlsSet(key + 1, keys) == OSAL_BAD_ARGUMENT);  // nobody's yet
+        EXPECT_TRUE(tlsGet(key) == nullptr && tlsSet(key, &key) == OSAL_OK);
         std::thread([key] { EXPECT_EQ(tlsGet(key), nullptr); }).join();
     }
     for (TLSKey& key : keys)
         EXPECT_EQ(tlsGet(key), &key);
-    EXPECT_EQ(tlsSet(1'000'000, &keys), OSAL_BAD_ARGUMENT);
-    osalError result = OSAL_OK;
-    for (int i = 0; i < 5000 && result == OSAL_OK; i++)
-        result = tlsAlloc(&keys[0]);
-    EXPECT_EQ(result, OSAL_OUT_OF_RESOURCES);
+    EXPECT_EQ(tlsSet(1'000'000, keys), OSAL_BAD_ARGUMENT);
+    int left = 5000;
+    while (left > 0 && tlsAlloc(&last) == OSAL_OK)
+        left--;
+    EXPECT_TRUE(left > 0 && tlsAlloc(&last) == OSAL_OUT_OF_RESOURCES);
 }

@@ -28,20 +28,16 @@ ssize_t write(int fd, const void* buf, size_t len) {
 void* __libc_realloc(void* block, size_t size);
 void __libc_free(void* block);
 
-static void* allocate(void* old, size_t size) {
+void* realloc(void* block, size_t size) {
     faults.allocations++;
     if (strikes(faults.failing_allocation))
         return nullptr;
-    faults.live_blocks += old == nullptr;
-    return __libc_realloc(old, size);
+    faults.live_blocks += block == nullptr;
+    return __libc_realloc(block, size);
 }
 
 void* malloc(size_t size) {
-    return allocate(nullptr, size);
-}
-
-void* realloc(void* block, size_t size) {
-    return allocate(block, size);
+    return realloc(nullptr, size);
 }
 
 void free(void* block) {

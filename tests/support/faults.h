@@ -8,10 +8,10 @@
 #include <cstddef>
 
 struct Faults {
-    size_t failing_allocation, failing_read, failing_write;
-    int error;           // of the failing read or write; 0 lets it transfer one byte
-    size_t allocations;  // so far; none at all under a sanitizer
-    long live_blocks;    // allocations less releases
+    size_t failing_allocation = 0, failing_read = 0, failing_write = 0;
+    int error = 0;           // of the failing read or write; 0 lets it transfer one byte
+    size_t allocations = 0;  // so far; none at all under a sanitizer
+    long live_blocks = 0;    // allocations less releases
 };
 extern __thread Faults faults;
 

@@ -15,7 +15,7 @@ thread_local Platform platform;
 // The operation of the same name in libkxosal.so.
 #define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
-static void* allocate(void* old, size_t size) {
+void* gsRealloc(void* old, size_t size) {
     if (platform.keeps_sizes)  // which itself needs memory
         platform.allocations.push_back(size);
     if (strikes(platform.failing_allocation))
@@ -26,15 +26,11 @@ static void* allocate(void* old, size_t size) {
 }
 
 void* gsMalloc(size_t size) {
-    return allocate(nullptr, size);
-}
-
-void* gsRealloc(void* ptr, size_t size) {
-    return allocate(ptr, size);
+    return gsRealloc(nullptr, size);
 }
 
 void* msRealloc(mspace, void* ptr, size_t size) {
-    return allocate(ptr, size);
+    return gsRealloc(ptr, size);
 }
 
 void gsFree(void* ptr) {
@@ -53,21 +49,14 @@ bool timingFormatCurrentTime(TimeBuffer buf) {
     return !platform.time_text->empty();
 }
 
-s8 timingGetCurrentTimeMillis() {
-    return platform.millis ? *platform.millis : REAL(timingGetCurrentTimeMillis)();
-}
-
-nanotime timingGetCurrentTimeNanos() {
-    return platform.nanos ? *platform.nanos : REAL(timingGetCurrentTimeNanos)();
-}
-
-int osGetProcessID() {
-    return platform.process_id ? *platform.process_id : REAL(osGetProcessID)();
-}
-
-int threadGetCurrentID() {
-    return platform.thread_id ? *platform.thread_id : REAL(threadGetCurrentID)();
-}
+#define SETTABLE(type, name, setting)                               \
+    type name() {                                                   \
+        return platform.setting ? *platform.setting : REAL(name)(); \
+    }
+SETTABLE(s8, timingGetCurrentTimeMillis, millis)
+SETTABLE(nanotime, timingGetCurrentTimeNanos, nanos)
+SETTABLE(int, osGetProcessID, process_id)
+SETTABLE(int, threadGetCurrentID, thread_id)
 
 fio_fd fio_open(const char* path, int flags) {
     const fio_fd fd = REAL(fio_open)(path, flags);

@@ -9,24 +9,19 @@
 #include <string>
 
 class TempFolder {
-  public:
-    TempFolder() : path_(std::filesystem::temp_directory_path() / "kxutil_XXXXXX") {
-        if (mkdtemp(path_.data()) == nullptr)
-            std::abort();
-    }
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TempFolder(const TempFolder&) = delete;
+    const std::string path_ =
+        mkdtemp((std::filesystem::temp_directory_path() / "kxutil_XXXXXX").string().data());
 
+  public:
+    TempFolder() = default;
+    TempFolder(const TempFolder&) = delete;
+    ~TempFolder() {
+        std::filesystem::remove_all(path_);
+    }
     // The name of a file inside, which need not exist.
     std::string file(const std::string& name) const {
         return path_ + "/" + name;
     }
-
-  private:
-    std::string path_;
 };
 
 // The whole contents of a file; empty when it cannot be read.

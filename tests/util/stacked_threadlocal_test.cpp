@@ -21,11 +21,9 @@ TEST(StackedLocal, FindsTheNewestBindingOfAKeyOnItsThreadAndAbortsWithoutASlot) 
     EXPECT_TRUE(stackedLocalGet(&A) == &second && stackedLocalGet(&B) == &other);
     std::thread([&] { EXPECT_EQ(stackedLocalGet(&A), nullptr); }).join();
     stackedLocalPop(&nodes[2]);
-    EXPECT_EQ(stackedLocalGet(&A), &first);
-    stackedLocalPop(&nodes[1]);
-    EXPECT_TRUE(stackedLocalGet(&B) == nullptr && stackedLocalGet(nullptr) == nullptr);
-    stackedLocalPop(&nodes[0]);
-    stackedLocalPop(&nodes[0]);  // one too many does nothing
-    EXPECT_EQ(stackedLocalGet(&A), nullptr);
+    EXPECT_TRUE(stackedLocalGet(&A) == &first && stackedLocalGet(nullptr) == nullptr);
+    for (int i : {1, 0, 0})  // one too many does nothing
+        stackedLocalPop(&nodes[i]);
+    EXPECT_TRUE(stackedLocalGet(&A) == nullptr && stackedLocalGet(&B) == nullptr);
     EXPECT_EQ(system("NO_SLOT=1 /proc/$PPID/exe 2>/dev/null"), 0x8600);  // the shell's SIGABRT
 }

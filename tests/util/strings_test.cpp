@@ -4,23 +4,14 @@
 
 #include <gtest/gtest.h>
 
-struct FormatCase {
-    size_t room;
-    const char* text;
-    int result;
-    const char* left;  // in the buffer
-};
-
-const FormatCase FORMAT_CASES[] = {
-    {8, "abc", 3, "abc"},   {4, "abc", 3, "abc"},  // text and terminator fill it exactly
-    {4, "abcd", -1, "abc"}, {1, "a", -1, ""},     {1, "", 0, ""}, {0, "abc", -1, "######"},
-};
-
 TEST(Snprintf, TellsWholeTextsFromCutOnes) {
-    for (const FormatCase& c : FORMAT_CASES) {
+    const std::tuple<size_t, const char*, int, const char*> CASES[] = {
+        {8, "abc", 3, "abc"},   {4, "abc", 3, "abc"},  // text and terminator fill it exactly
+        {4, "abcd", -1, "abc"}, {1, "a", -1, ""},     {1, "", 0, ""}, {0, "abc", -1, "######"}};
+    for (const auto& [room, text, result, left] : CASES) {
         char buf[8] = "######";
-        EXPECT_EQ(kestrum_util_snprintf(buf, c.room, "%s", c.text), c.result) << c.text;
-        EXPECT_STREQ(buf, c.left);
+        EXPECT_EQ(kestrum_util_snprintf(buf, room, "%s", text), result) << text;
+        EXPECT_STREQ(buf, left);
     }
     EXPECT_EQ(kestrum_util_snprintf(nullptr, 8, "%s", "abc"), -1);
     char buf[8];
@@ -31,37 +22,21 @@ TEST(Snprintf, TellsWholeTextsFromCutOnes) {
     EXPECT_STREQ(buf, "abc");
 }
 
-constexpr size_t AS_MUCH_AS_FITS = static_cast<size_t>(-1);
-
-struct CopyCase {
-    size_t room, wanted;
-    bool ok;
-    const char* left;
-    const char* failed_check;
-};
-
-const CopyCase COPY_CASES[] = {
-    {10, 3, true, "hel", ""},
-    {10, 7, true, "hello", ""},
-    {6, AS_MUCH_AS_FITS, true, "hello", ""},
-    {4, AS_MUCH_AS_FITS, false, "hel", ""},
-    {4, 4, false, "", ""},
-    {4, 5, false, "", "destSize >= bytesToCopy|{}kestrum_util_strncpy_s|"},
-    {4, 0, true, "", "bytesToCopy > 0|{}kestrum_util_strncpy_s|"},
-    {0, 5, false, "######", "destSize >= bytesToCopy|{}kestrum_util_strncpy_s|"},
-    {0, AS_MUCH_AS_FITS, false, "######", "destSize > 0|{}kestrum_util_strncpy|"},
-};
-
 TEST(StrncpyS, CopiesWhatWasAskedForOrSaysItDoesNotFit) {
-    for (const CopyCase& c : COPY_CASES) {
-        SCOPED_TRACE(testing::Message() << c.room << " " << c.wanted);
+    constexpr size_t ALL = -1;
+    constexpr const char *NONE = "bytesToCopy > 0|" STRINGUTIL_PD_PATH "|kestrum_util_strncpy_s|",
+                         *ROOM = "destSize > 0|" STRINGUTIL_PD_PATH "|kestrum_util_strncpy|";
+    const std::string more = "destSize >= bytesToCopy" + std::string(strchr(NONE, '|'));
+    const char* const MORE = more.c_str();
+    const std::tuple<size_t, size_t, bool, const char*, const char*> CASES[] = {
+        {10, 3, true, "hel", ""},   {10, 7, true, "hello", ""}, {6, ALL, true, "hello", ""},
+        {4, ALL, false, "hel", ""}, {4, 4, false, "", ""},      {4, 5, false, "", MORE},
+        {4, 0, true, "", NONE},     {0, 5, false, "##", MORE},  {0, ALL, false, "##", ROOM}};
+    for (const auto& [room, wanted, ok, left, report] : CASES) {
         platform = Platform{};
-        char buf[10] = "######";
-        EXPECT_EQ(kestrum_util_strncpy_s(buf, c.room, "hello", c.wanted), c.ok);
-        EXPECT_STREQ(buf, c.left);
-        std::string report = platform.reports.empty() ? "" : platform.reports[0];
-        if (const size_t path = report.find(STRINGUTIL_PD_PATH "|"); path != std::string::npos)
-            report.replace(path, sizeof STRINGUTIL_PD_PATH, "{}");
-        EXPECT_EQ(report, c.failed_check);
+        char buf[10] = "##";
+        EXPECT_EQ(kestrum_util_strncpy_s(buf, room, "hello", wanted), ok) << room << " " << wanted;
+        EXPECT_STREQ(buf, left);
+        EXPECT_EQ(platform.reports.empty() ? "" : platform.reports[0], report);
     }
 }
