@@ -28,13 +28,11 @@ class Host : public testing::Test {
 
 // What a run leaves in a stream or file: how many lines of each level and module, such as
 // "8 INFO gc 4 WARN heap", or of each other text.
-struct RunCase {
+const struct RunCase {
     string args;
     int status;
     string err, out = "", log = "";  // the file "vm.log"
-};
-
-const RunCase RUN_CASES[] = {
+} RUN_CASES[] = {
     {"", 0, "2 ERROR heap 2 WARN deopt 4 WARN heap"},
     {"--log= --sanity=", 0, "2 ERROR heap 8 INFO gc 8 INFO jit 2 WARN deopt 4 WARN heap"},
     {"--log quiet --log=collector", 0, "8 INFO gc"},
@@ -51,16 +49,12 @@ const RunCase RUN_CASES[] = {
     {"--log quiet --trace-modules '-gc.sweep,+gc*'", 0,
      "2 ERROR heap 8 INFO gc 30 TRACE heap 4 WARN heap"},
     {"--log quiet,inline=error --trace-modules 'jit.*'", 0, "16 DEBUG inline 8 TRACE inline"},
-    {"--log quiet,gc,jit --log-file gc=stdout", 0, "8 INFO jit", "8 INFO gc"},
     {"--config vm.json", 0, "", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file vm.log,jit=stderr", 0, "8 INFO jit", "", "8 INFO gc"},
     {"--log quiet,gc,jit --log-file gc=vm.log,jit=./vm.log", 0, "", "", "8 INFO gc 8 INFO jit"},
     {"--log quiet,gc,jit --log-file 'gc=vm.log,jit=>collector,gc=stdout'", 0, "", "8 INFO gc",
      "8 INFO jit"},
     {"--log=gc=debug,GC=info", 2, "--log: No such logging module \"GC\""},
-    {"--log gc=loud", 2, "--log: Illegal message level 'loud'."},
-    {"--log codegen", 2,
-     "--log: Logging module codegen is deprecated. Please use jit=DEBUG instead."},
     {"--sanity=heap=info", 2, "--sanity: Illegal sanity level 'info'."},
     {"--log-file gc=none/vm.log", 2, "--log-file: Could not open stream 'none/vm.log'"},
     {"--config none.json", 2, "--config: Could not open none.json"},
@@ -70,7 +64,6 @@ const RunCase RUN_CASES[] = {
      "--gc-options: Could not parse value for argument 'region': 64q (illegal suffix)"},
     {"--gc-options region=8m", 2,
      "--gc-options: Region (8MB) is less than minimum required (16MB)"},
-    {"--gc-options=v,check", 2, "--gc-options: Duplicate parameter check"},
     {"--decorations level,bogus", 2, "--decorations: No such decoration in \"level,bogus\""},
 };
 

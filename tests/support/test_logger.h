@@ -63,6 +63,14 @@ inline void print(logger* log, LogModule module, MsgLevel level, const char* for
     va_end(args);
 }
 
+inline int files(const std::string& option) {
+    return logParseLogFilesEx(option.c_str(), nullptr, 0, nullptr);
+}
+
+inline char* empty_decorator(char* position, size_t*) {
+    return position;
+}
+
 // The library's own module, "util", whose logger is the oldest of the chain.
 inline logmodule* util_module(const logger* newer) {
     while (newer->next != nullptr)

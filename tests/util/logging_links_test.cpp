@@ -14,10 +14,6 @@ static const logmodule& module(const logger* log, size_t index = 0) {
     return log->loggers[index];
 }
 
-static int files(const string& option) {
-    return logParseLogFilesEx(option.c_str(), nullptr, 0, nullptr);
-}
-
 TEST(Links, StartAsTheirTargetsAndAreReachedByName) {
     TempFolder folder;
     logger* first = make_logger({.modules = {{"first", "sample"}}, .msg_default = MSG_ERROR});
@@ -82,19 +78,17 @@ TEST(Links, SayOnceThatATargetIsMissing) {
     logResetMsgLevels();
 }
 
-static char* nothing(char* position, size_t*) {
-    return position;
-}
-
 // The option outlives its test: this one comes last.
 TEST(RememberedDecorations, ReachLoggersThatRegisterLater) {
     logger* target = make_logger({.modules = {{"decorated"}}});
     EXPECT_EQ(logParseLogDecorations("pid,heap"), -1);  // remembered, with an unknown name
-    logger* log =
-        make_logger({.modules = {{"d1"}, linked("decorated")}, .decorators = {{"heap", nothing}}});
+    logger* log = make_logger(
+        {.modules = {{"d1"}, linked("decorated")}, .decorators = {{"heap", empty_decorator}}});
     _log_set_decorations(log, 0, 1);
+    log->loggers[0].out = stdout;
     _log_add_logger(log);  // for the second time: no effect
-    EXPECT_TRUE(module(log).decorations == 0xC1 && module(log, 1).decorations == 0xC0);
+    EXPECT_TRUE(module(log).out == stdout && module(log).decorations == 0xC1 &&
+                module(log, 1).decorations == 0xC0);
     EXPECT_EQ(module(target).decorations, 0xC0U);  // as with every setting, the links, too
     EXPECT_EQ(logParseLogDecorations(""), 0);
     EXPECT_EQ(module(make_logger({.modules = {{"d2"}}})).decorations, 0x46U);
