@@ -13,10 +13,8 @@
 #pragma GCC diagnostic ignored "-Wpedantic"  // a record with a trailing array is made here
 
 struct TestModule {
-    const char* name;
-    const char* alias = nullptr;
-    bool is_default = false;
-    bool is_linked = false;
+    const char *name, *alias = nullptr;
+    bool is_default = false, is_linked = false;
 };
 
 struct TestLoggerParts {
