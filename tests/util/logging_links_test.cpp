@@ -60,11 +60,10 @@ TEST(Links, SayOnceThatATargetIsMissing) {
     make_logger({.modules = {{"Missing"}},
                  .obsoletes = {{"missing", "Missing", 0, MSG_INFO, OBSOLETE_WARN}}});
     const string name(200, 'n');
+    const TestLoggerParts parts = {
+        {{"twin"}, linked("missing"), linked("twin"), linked(name.c_str()), {"twin"}}};
     EXPECT_EQ(
-        said_while_making(
-            {.modules =
-                 {{"twin"}, linked("missing"), linked("twin"), linked(name.c_str()), {"twin"}},
-             .msg_default = MSG_INFO}),
+        said_while_making(parts),
         R"([ERROR][util   ] Could not locate linked log module missing (No such logging module "missing")
 [ERROR][util   ] Could not locate linked log module twin (No such logging module "twin")
 [ERROR][util   ] Could not locate linked log module )" +

@@ -72,9 +72,7 @@ static State state() {
 }
 
 static const State REGISTERED = state();
-static const State RESET = {"2224442", "0001110",
-                            " 80000000 80000000 80000000 80000000 80000000 80000000 80000000",
-                            "2222222:"};
+static const State RESET = {"2224442", "0001110", " 9 9 9 9 9 9 9", "2222222:"};
 
 static string advice;
 
@@ -104,7 +102,7 @@ struct Options : testing::Test {
         logResetMsgLevels();
         logResetSanityLevels();
         _log_clear_decorations(nullptr, 0, ~0U);
-        _log_set_decorations(nullptr, 0, 1U << 31);
+        _log_set_decorations(nullptr, 0, 9);
         files("stderr");
     }
 };
