@@ -13,10 +13,8 @@
 #pragma GCC diagnostic ignored "-Wpedantic"  // a record with a trailing array is made here
 
 struct TestModule {
-    const char* name;
-    const char* alias = nullptr;
-    bool is_default = false;
-    bool is_linked = false;
+    const char *name, *alias = nullptr;
+    bool is_default = false, is_linked = false;
 };
 
 struct TestLoggerParts {
@@ -28,13 +26,8 @@ struct TestLoggerParts {
     SanityLevel sanity_default = SANITY_NONE;
 };
 
-struct TestLevels {
-    MsgLevel message;
-    SanityLevel sanity;
-};
-
-// Makes a logger; the names must outlive it.
-inline logger* unregistered_logger(const TestLoggerParts& given) {
+// Makes and registers a logger; the names must outlive it.
+inline logger* make_logger(const TestLoggerParts& given) {
     const size_t count = given.modules.size();
     const size_t size = sizeof(logger) + count * sizeof(logmodule);
     char* memory = static_cast<char*>(std::malloc(size + sizeof given));
@@ -50,16 +43,12 @@ inline logger* unregistered_logger(const TestLoggerParts& given) {
     std::copy(parts.decorators.begin(), parts.decorators.end(), log->extended_decorators);
     for (size_t i = 0; i < count; i++) {
         const TestModule& m = parts.modules[i];
-        auto* levels = new TestLevels{parts.msg_default, parts.sanity_default};
-        new (&log->loggers[i]) logmodule{
-            nullptr,      {m.name, m.alias}, 0, &levels->message, &levels->sanity, log, nullptr,
-            m.is_default, m.is_linked,       0};
+        auto* level = new MsgLevel(parts.msg_default);
+        auto* sanity = new SanityLevel(parts.sanity_default);
+        new (&log->loggers[i])
+            logmodule{nullptr, {m.name, m.alias}, 0,           level, sanity, log,
+                      nullptr, m.is_default,      m.is_linked, 0};
     }
-    return log;
-}
-
-inline logger* make_logger(const TestLoggerParts& given) {
-    logger* log = unregistered_logger(given);
     _log_add_logger(log);
     return log;
 }
@@ -70,6 +59,14 @@ inline void print(logger* log, LogModule module, MsgLevel level, const char* for
     va_start(args, format);
     _logforceprintv(log, module, level, format, args);
     va_end(args);
+}
+
+inline int files(const std::string& option) {
+    return logParseLogFilesEx(option.c_str(), nullptr, 0, nullptr);
+}
+
+inline char* empty_decorator(char* position, size_t*) {
+    return position;
 }
 
 // The library's own module, "util", whose logger is the oldest of the chain.

@@ -1,171 +1,236 @@
+// The settings of modules: what each option, and each function behind it, changes and says.
+
 #include "support/platform.h"
 #include "support/temp_folder.h"
 #include "support/test_logger.h"
 
 #include <gtest/gtest.h>
+#include <array>
+#include <set>
 #include <span>
 
-static std::string advice;
-
-static int note_advice(const char* message) {
-    advice += std::string(message) + "\n";
-    return 1;  // ignored
-}
+namespace fs = std::filesystem;
+using std::string;
 
 // Some of the newer logger's retired names hide, or are hidden by, live modules.
-static const std::string LONG_NAME(300, 'l');
+static const string LONG_NAME(300, 'l');
 static logger* const older =
-    make_logger({.modules = {{"gc", "collector", true}, {"debug"}, {"hidden"}}});
+    make_logger({.modules = {{"gc", "collector", true}, {"debug"}, {"hidden"}},
+                 .decorators = {{"heap", empty_decorator}, {"pid", empty_decorator}}});
+static logger* const between = make_logger({{}});
 static logger* const newer =
-    make_logger({.modules = {{"jit", nullptr, true}, {"code"}},
+    make_logger({.modules = {{"jit", nullptr, true}, {"code"}, {.name = "gc", .is_linked = true}},
                  .obsoletes = {{"compiler", "jit", 0, MSG_DEBUG, OBSOLETE_WARN},
                                {"old", "compiler", 0, MSG_INFO, OBSOLETE_WARN},
-                               {"rejected", "jit", 0, MSG_WARN, OBSOLETE_FAIL},
+                               {"fails", "jit", 0, MSG_WARN, OBSOLETE_FAIL},
                                {"unleveled", "jit", 0, static_cast<MsgLevel>(9), OBSOLETE_FAIL},
                                {"removed", nullptr, 0, MSG_QUIET, OBSOLETE_WARN},
-                               {"dangling", "nowhere", 0, MSG_INFO, OBSOLETE_WARN},
-                               {"to removed", "removed", 0, MSG_INFO, OBSOLETE_WARN},
+                               {"gone", "removed", 0, MSG_INFO, OBSOLETE_WARN},
                                {"circle", "elcric", 0, MSG_INFO, OBSOLETE_WARN},
                                {"elcric", "circle", 0, MSG_INFO, OBSOLETE_WARN},
                                {"hidden", "jit", 0, MSG_INFO, OBSOLETE_WARN},
                                {"code", "jit", 0, MSG_INFO, OBSOLETE_FAIL},
                                {"across", "gc", LOG_ALL_MODULES, MSG_INFO, OBSOLETE_WARN},
-                               {"long", LONG_NAME.c_str(), 0, MSG_INFO, OBSOLETE_WARN}}});
+                               {"long", LONG_NAME.c_str(), 0, MSG_INFO, OBSOLETE_WARN}},
+                 .decorators = {{"unused", nullptr},
+                                {nullptr, empty_decorator},
+                                {"Heap", empty_decorator},
+                                {"", empty_decorator}},
+                 .msg_default = MSG_DEBUG,
+                 .sanity_default = SANITY_MINIMAL});
 
-// Levels of gc, debug, hidden, jit, code and util, a digit each.
-template <typename Level>
-static std::string digits(Level* logmodule::*cell) {
-    std::string all;
-    for (logger* log : {older, newer, util_module(older)->log})
-        for (size_t i = 0; i < log->num_loggers; i++)
-            all += static_cast<char>('0' + *(log->loggers[i].*cell));
+enum Kind { L, S, D, F };  // levels, sanity levels, decorations, files
+using State = std::array<string, 4>;
+
+// A standard stream by its number, a file of the current folder by its first letter.
+static char stream_letter(int descriptor) {
+    const string number = std::to_string(descriptor);
+    const fs::path file = fs::read_symlink("/proc/self/fd/" + number);
+    const bool ours = file.parent_path() == fs::current_path();
+    return descriptor < 3 ? number[0] : ours ? file.filename().c_str()[0] : '?';
+}
+
+// What is set for gc, debug, hidden, jit, code, the linked gc and util: a digit for a level, a
+// letter for a stream. The files that are open follow those.
+static State state() {
+    State all;
+    for (const logger* log : {older, newer, util_module(older)->log})
+        for (const logmodule& m : std::span(log->loggers, log->num_loggers)) {
+            all[L] += std::to_string(*m.pMsgLevel);
+            all[S] += std::to_string(*m.pSanityLevel);
+            char word[16];
+            snprintf(word, sizeof word, " %x", _log_get_decorations(m.log, &m - log->loggers));
+            all[D] += word;
+            all[F] += stream_letter(fileno(m.out));
+        }
+    std::multiset<char> open;
+    for (const fs::directory_entry& fd : fs::directory_iterator("/proc/self/fd"))
+        if (const char letter = stream_letter(std::stoi(fd.path().filename())); isalpha(letter))
+            open.insert(letter);
+    all[F] += ":" + string(open.begin(), open.end());
     return all;
 }
 
-static std::string levels() {
-    return digits(&logmodule::pMsgLevel);
+static const State REGISTERED = state();
+static const State RESET = {"2224442", "0001110", " 9 9 9 9 9 9 9", "2222222:"};
+
+static string advice;
+
+static int note_advice(const char* message) {
+    advice += string(message) + "\n";
+    return 1;  // ignored
 }
 
-static std::string sanities() {
-    return digits(&logmodule::pSanityLevel);
-}
+// In a folder with a file that has three names.
+struct Options : testing::Test {
+    TempFolder folder;
+    const fs::path before = fs::current_path();
 
-struct OptionCase {
-    const char* option;
-    const char* levels;           // after it
-    const char* error = nullptr;  // null when it is accepted
-};
-
-using Parser = int (*)(const char*, char*, size_t, int (*)(const char*));
-
-static void expect_cases(Parser parse, std::string (*result)(), std::span<const OptionCase> cases) {
-    for (const OptionCase& c : cases) {
-        SCOPED_TRACE(c.option != nullptr ? c.option : "null");
+    Options() {
+        fs::current_path(folder.file(""));
+        std::ofstream("file");
+        fs::create_symlink("file", "symbolic");
+        fs::create_hard_link("file", "hard");
+        reset();
+    }
+    ~Options() override {
+        reset();
+        fs::current_path(before);
+    }
+    static void reset() {
+        advice.clear();
         logResetMsgLevels();
         logResetSanityLevels();
+        _log_clear_decorations(nullptr, 0, ~0U);
+        _log_set_decorations(nullptr, 0, 9);
+        files("stderr");
+    }
+};
+
+const struct OptionCase {
+    Kind kind;
+    const char* option;
+    const char* after;            // of its kind; empty when nothing changes
+    const char* error = nullptr;  // null when it is accepted
+} CASES[] = {
+    {L, nullptr, "3223442"},
+    {L, "", "3223442"},
+    {L, ",,", ""},
+    {L, "util=DeBuG,collector=quiet,debug", "0324444"},  // the module, not the level
+    {L, "info,util='trace',across=quiet,old=error", "0331305"},
+    {L, "TRACE=,gc=", "3555535"},
+    {L, "hidden=error", "2221442"},  // the newer logger's retired name hides the older module
+    {L, "code=error", "2224142"},    // a module hides its own logger's retired name
+    {L, "util=trace,UTIL=info,util=info", "2224445", "No such logging module \"UTIL\""},
+    {L, "util=check", "", "Illegal message level 'check'."},
+    {L, "removed", "", "Logging module removed is deprecated"},
+    {L, "fails=info", "", "Logging module fails is deprecated. Please use jit=WARN instead."},
+    {L, "unleveled", "", "Logging module unleveled is deprecated. Please use jit=? instead."},
+    {L, "gone", "", "Logging module gone is deprecated. Please use removed=INFO instead."},
+    {L, "circle", "", "Logging module circle is deprecated. Please use elcric=INFO instead."},
+    {S, "", "2222222"},
+    {S, "check,jit=TRACE,gc=none,util=Minimal", "0224201"},
+    {S, "util,code=DEBUG", "0001312"},
+    {S, "jit=info", "", "Illegal sanity level 'info'."},
+    {D, nullptr, " 46 46 46 46 46 46 46"},
+    {D, "", " 46 46 46 46 46 46 46"},
+    {D, ",", " 0 0 0 0 0 0 0"},
+    {D, "level,MILLIS=anything,=x", " 409 9 9 409 409 409 9"},  // a name with no value
+    {D, "Timestamp,module,nanos,osthreadid", " 36 36 36 36 36 36 36"},
+    {D, "heap", " 200 0 0 200 200 200 0"},   // the newer logger takes it first
+    {D, "pid", " 140 140 140 40 40 40 40"},  // a standard and an extended one
+    {D, "level,unused,pid", " 1 1 1 1 1 1 1", "untouched"},
+    {F, "", ""},
+    {F, "jit=new,debug=./new,code=STDOUT,gc=./stdout,collector=stdout", "1n2nSs2:Sns"},
+    {F, "gc=file,debug=symbolic,code=hard,jit=/proc/self/cwd/file", "ff2fff2:f"},
+    {F, "file,file,stderr,code=file", "2222f22:f"},
+    {F, "jit=file,debug=>jit,jit=stderr", "2f22222:f"},
+    {F, "collector=file,gc=>collector,collector=stderr", "22222f2:f"},
+    {F, "gc=file,jit=>gc,gc=new", "n22f2n2:fn"},  // redirected once, it does not follow
+    {F, "gc=file,jit=new,>gc", "fffffff:f"},
+    {F, "gc=file,gc=no/file,gc=stderr", "f2222f2:f", "Could not open stream 'no/file'"},
+    {F, "debug=file,debug=.", "2f22222:f", "Could not open stream '.'"},
+    {F, "util", "", "Could not open stream ''"},
+    {F, "/no/file", "", "No such logging module \"/no/file\""},
+    {F, "gc=>bogus", "", "No such log module 'bogus'."},
+    {F, ">bogus", "", "No such logging module \">bogus\""},
+};
+
+constexpr decltype(&logParseLogFilesEx) PARSERS[] = {logParseMsgLevelsEx, logParseSanityLevelsEx,
+                                                     nullptr, logParseLogFilesEx};
+
+TEST_F(Options, ActItemByItemAndExplainFailures) {
+    EXPECT_EQ(REGISTERED, (State{"2224422", "0001100", " 0 0 0 0 0 0 3", "2222222:"}));
+    for (const OptionCase& c : CASES) {
+        SCOPED_TRACE(c.option != nullptr ? c.option : "null");
+        State expected = RESET;
+        if (*c.after != '\0')
+            expected[c.kind] = c.after;
         char error[300] = "untouched";
-        EXPECT_EQ(parse(c.option, error, sizeof error, note_advice), c.error == nullptr ? 0 : -1);
-        EXPECT_EQ(result(), c.levels);
+        const int result = c.kind == D
+                               ? logParseLogDecorations(c.option)
+                               : PARSERS[c.kind](c.option, error, sizeof error, note_advice);
+        EXPECT_EQ(result, c.error == nullptr ? 0 : -1);
+        EXPECT_EQ(state(), expected);
         EXPECT_STREQ(c.error == nullptr ? nullptr : error, c.error);
+        EXPECT_EQ(platform.live_blocks, 0);
+        reset();
     }
+    EXPECT_EQ(state(), RESET);
 }
 
-const OptionCase LEVEL_CASES[] = {
-    {nullptr, "322322"},
-    {"", "322322"},
-    {",,", "222222"},
-    {"util=DeBuG", "222224"},
-    {"util,gc=", "322223"},
-    {"util='trace'", "222225"},
-    {"collector=quiet", "022222"},
-    {"info,util=trace", "333335"},
-    {"TRACE=", "555555"},
-    {"debug", "232222"},         // the module, not the level
-    {"hidden=error", "222122"},  // the newer logger's retired name hides the older module
-    {"code=error", "222212"},    // a module hides its own logger's retired name
-    {"across=error", "122222"},
-    {"old=error", "222122"},
-    {"util=trace,bogus,util=quiet", "222225", "No such logging module \"bogus\""},
-    {"UTIL=debug", "222222", "No such logging module \"UTIL\""},
-    {" util=debug", "222222", "No such logging module \" util\""},
-    {"util= debug", "222222", "Illegal message level ' debug'."},
-    {"util=check", "222222", "Illegal message level 'check'."},
-    {"removed", "222222", "Logging module removed is deprecated"},
-    {"rejected=info", "222222",
-     "Logging module rejected is deprecated. Please use jit=WARN instead."},
-    {"unleveled", "222222", "Logging module unleveled is deprecated. Please use jit=? instead."},
-    {"dangling", "222222",
-     "Logging module dangling is deprecated. Please use nowhere=INFO instead."},
-    {"to removed", "222222",
-     "Logging module to removed is deprecated. Please use removed=INFO instead."},
-    {"circle", "222222", "Logging module circle is deprecated. Please use elcric=INFO instead."},
-};
-
-const OptionCase SANITY_CASES[] = {
-    {"", "222222"},
-    {"util", "000002"},
-    {"check,jit=TRACE,gc=none", "022422"},
-    {"jit=info", "000000", "Illegal sanity level 'info'."},
-    {"info", "000000", "No such logging module \"info\""},
-};
-
-const OptionCase FILE_CASES[] = {
-    {"", ""},
-    {"util", "", "Could not open stream ''"},
-    {"gc=/no/file", "", "Could not open stream '/no/file'"},
-    {"/no/file", "", "No such logging module \"/no/file\""},
-    {"gc=>bogus", "", "No such log module 'bogus'."},
-    {"gc=>rejected", "", "No such log module 'rejected'."},
-    {"bogus=stderr", "", "No such logging module \"bogus\""},
-    {">bogus", "", "No such logging module \">bogus\""},
-    {"gc='stderr',stderr=", ""},
-};
-
-TEST(Options, ActItemByItemAndExplainFailures) {
-    expect_cases(logParseMsgLevelsEx, levels, LEVEL_CASES);
-    expect_cases(logParseSanityLevelsEx, sanities, SANITY_CASES);
-    expect_cases(
-        logParseLogFilesEx, [] { return std::string(); }, FILE_CASES);
+TEST_F(Options, ReachOneModuleALoggerOrEverythingWithLinks) {
+    _log_set_msglevel(nullptr, 5, MSG_ERROR);
+    _log_set_msglevel(older, 1, MSG_TRACE);
+    EXPECT_EQ(state()[L], "1511111");
+    _log_set_msglevel(newer, LOG_ALL_MODULES, MSG_QUIET);
+    EXPECT_EQ(state()[L], "0510001");
+    _log_set_sanitylevel(newer, 2, SANITY_TRACE);
+    EXPECT_EQ(state()[S], "4001140");
+    _log_clear_decorations(nullptr, 5, ~0U);
+    _log_set_decorations(newer, 2, 0x86);
+    _log_set_decorations(nullptr, 5, 1);
+    _log_clear_decorations(older, LOG_ALL_MODULES, 0x81);
+    EXPECT_EQ(state()[D], " 6 0 0 1 1 87 1");
+    EXPECT_EQ(apply_log_decorations(newer, nullptr), 0);
+    EXPECT_EQ(apply_log_decorations(older, "heap,level"), 0);
+    char heap[] = "HEAP", level[] = "level";
+    EXPECT_TRUE(apply_extended_log_decorations(newer, heap));
+    EXPECT_FALSE(apply_extended_log_decorations(newer, level));
+    EXPECT_EQ(state()[D], " 281 81 81 246 246 246 1");
+    int aliases = 0;
+    EXPECT_STREQ(_log_get_aliases(older, 0, &aliases)[1], "collector");
+    EXPECT_TRUE(aliases == 2 && *_log_get_aliases(older, 1, &aliases) != nullptr && aliases == 1);
 }
 
-const std::string OLD_ADVICE =
-    "Logging module old is deprecated. Please use compiler=INFO instead.\n";
-const std::string ADVICE = "Logging module compiler is deprecated. Please use jit=DEBUG instead.\n";
+const string ADVICE = "Logging module compiler is deprecated. Please use jit=DEBUG instead.\n";
 
-TEST(Options, PassAdviceToTheCallerOrPrintIt) {
-    for (const auto& [option, expected] :
-         std::initializer_list<std::pair<const char*, std::string>>{
-             {"old=error", OLD_ADVICE + ADVICE}, {"rejected", ""}, {"removed", ""}}) {
-        advice.clear();
+TEST_F(Options, PassAdviceToTheCallerOrPrintIt) {
+    for (const char* option : {"fails", "removed", "old=error"})
         logParseMsgLevelsEx(option, nullptr, 0, note_advice);
-        EXPECT_EQ(advice, expected) << option;
-    }
+    EXPECT_EQ(advice,
+              "Logging module old is deprecated. Please use compiler=INFO instead.\n" + ADVICE);
     // Without a callback, and always behind ">", the advice is a warning of "util".
-    TempFolder folder;
-    ASSERT_EQ(logParseLogFilesEx(("util=" + folder.file("log")).c_str(), nullptr, 0, nullptr), 0);
+    apply_log_decorations(nullptr, "level,module");
+    EXPECT_EQ(files("util=log"), 0);
     EXPECT_EQ(logParseMsgLevelsEx("util=warn,compiler=debug", nullptr, 0, nullptr), 0);
     EXPECT_EQ(logParseLogFilesEx("gc=>compiler", nullptr, 0, note_advice), 0);
     EXPECT_EQ(logParseMsgLevelsEx("util=error,compiler=debug", nullptr, 0, nullptr), 0);
-    const std::string line = "[WARN ][util   ] " + ADVICE;
-    EXPECT_EQ(read_file(folder.file("log")), line + line);
-    EXPECT_EQ(logParseLogFilesEx("stderr", nullptr, 0, nullptr), 0);
+    EXPECT_EQ(read_file("log"), "[WARN ][util   ] " + ADVICE + "[WARN ][util   ] " + ADVICE);
 }
 
-TEST(Options, CutMessagesToTheCallersBuffer) {
-    const std::string name(5000, 'n');
-    const std::string whole = "No such logging module \"" + name + "\"";
+TEST_F(Options, CutMessagesToTheCallersBuffer) {
+    const string name(5000, 'n'), whole = "No such logging module \"" + name + "\"";
     for (size_t size : {0, 1, 2, 25, 100}) {
-        std::vector<char> error(size + 1, '#');
+        string error(size + 1, '#');
         EXPECT_EQ(logParseMsgLevelsEx(name.c_str(), error.data(), size, nullptr), -1);
-        EXPECT_EQ(error[size], '#');
-        if (size > 0) {
-            EXPECT_EQ(error.data(), whole.substr(0, size - 1));
-        }
+        EXPECT_EQ(error, size == 0 ? "#" : whole.substr(0, size - 1) + '\0' + '#');
     }
-    EXPECT_EQ(logParseLogFilesEx(("gc=" + name).c_str(), nullptr, 100, nullptr), -1);
+    for (size_t length : {4095, 4096, 5000})
+        EXPECT_EQ(files("gc=" + name.substr(0, length)), -1);
+    EXPECT_EQ(state()[F], RESET[F]);
     char error[600];
-    advice.clear();
     EXPECT_EQ(logParseMsgLevelsEx("long", error, sizeof error, note_advice), -1);
-    EXPECT_EQ(std::string(error).size(), 255U);
-    EXPECT_EQ(advice, std::string(error) + "\n");
+    EXPECT_EQ(string(error).size(), 255U);
+    EXPECT_EQ(advice, string(error) + "\n");
 }

@@ -14,40 +14,31 @@
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <atomic>
 #include <chrono>
 #include <set>
 #include <thread>
 
 using std::string;
 
-static int files(const string& option) {
-    return logParseLogFilesEx(option.c_str(), nullptr, 0, nullptr);
-}
-
-// Threads that print numbered lines without pause.
-struct Printers {
-    std::atomic<bool> done = false;
+// Threads that print numbered lines without pause, as long as the result lives.
+static std::vector<std::jthread> printers(int count) {
     std::vector<std::jthread> threads;
-
-    explicit Printers(int count) {
-        for (int t = 0; t < count; t++)
-            threads.emplace_back([this, t] {
-                for (int i = 0; !done; i++)
-                    logPrint(DBG_BUSY, MSG_QUIET, "%d:%d", t, i);
-            });
-        usleep(10'000);
-    }
-    ~Printers() {
-        done = true;
-    }
-};
+    for (int t = 0; t < count; t++)
+        threads.emplace_back([t](const std::stop_token& stop) {
+            for (int i = 0; !stop.stop_requested(); i++)
+                logPrint(DBG_BUSY, MSG_QUIET, "%d:%d", t, i);
+        });
+    usleep(10'000);
+    return threads;
+}
 
 struct RobustLogging : testing::Test {
     TempFolder folder;
+    const string log = folder.file("log");
 
     void SetUp() override {
         alarm(60);  // instead of hanging
+        ASSERT_EQ(files("busy=" + log), 0);
     }
     void TearDown() override {
         files("busy=stderr");
@@ -62,22 +53,20 @@ static void expect_within_a_second(Action action) {
 }
 
 TEST_F(RobustLogging, PrintersKeepNoOptionAndNoComponentOut) {
-    const Printers printers(6);
-    std::atomic<bool> done = false;
-    std::jthread mover([&done] {
-        for (int i = 0; i < 10 || !done; i++)
+    const auto threads = printers(6);
+    const std::jthread mover([](const std::stop_token& stop) {
+        for (int i = 0; i < 10 || !stop.stop_requested(); i++)
             expect_within_a_second(
                 [i] { files(i % 2 == 0 ? "busy=/dev/null" : "busy=/dev/full"); });
     });
     std::vector<std::jthread> setters;
     for (int t = 0; t < 3; t++)
-        setters.emplace_back([&done] {
-            while (!done)
+        setters.emplace_back([](const std::stop_token& stop) {
+            while (!stop.stop_requested())
                 _log_set_sanitylevel(nullptr, 0, SANITY_CHECK);
         });
     for (int i = 0; i < 5; i++)
         expect_within_a_second([] { make_logger({.modules = {{"late"}}}); });
-    done = true;
 }
 
 TEST_F(RobustLogging, AHolderOfAStreamMayPrintAndSetDecorations) {
@@ -126,35 +115,32 @@ TEST_F(RobustLogging, AThreadCancelledWhileItPrintsLeavesNoLock) {
 // The child prints, moves the module and registers; the parent's lines stand in the file once.
 TEST_F(RobustLogging, AChildStartsWithFreeLocksAndNoLinesOfOthers) {
     for (const bool holding : {false, true}) {
-        ASSERT_EQ(files("busy=" + folder.file("parent")), 0);
         {
-            const Printers printers(3);
+            const auto threads = printers(3);
             FILE* const held = holding ? _log_acquire_stream(&_loggers, DBG_BUSY) : nullptr;
             const pid_t child = fork();
-            if (child == 0) {
+            if (child == 0)
                 alarm(10);
-                if (holding)
-                    _log_release_stream(&_loggers, DBG_BUSY, held);
-                logPrint(DBG_BUSY, MSG_QUIET, "child %d", holding);
-                const bool moved = files("busy=" + folder.file("child")) == 0;
-                make_logger({.modules = {{"in the child"}}});
-                logPrint(DBG_BUSY, MSG_QUIET, "moved");
-                _exit(moved && logParseMsgLevelsEx("in the child", nullptr, 0, nullptr) == 0 ? 0
-                                                                                             : 1);
-            }
             if (holding)
                 _log_release_stream(&_loggers, DBG_BUSY, held);
+            if (child == 0) {
+                logPrint(DBG_BUSY, MSG_QUIET, "child %d", holding);
+                const int moved = files("busy=" + folder.file("child"));
+                make_logger({.modules = {{"in the child"}}});
+                logPrint(DBG_BUSY, MSG_QUIET, "moved");
+                _exit(moved != 0 || logParseMsgLevelsEx("in the child", nullptr, 0, nullptr) != 0);
+            }
             int status = -1;
             waitpid(child, &status, 0);
             EXPECT_EQ(status, 0);
         }
         EXPECT_EQ(read_file(folder.file("child")), "moved\n");
-        std::istringstream lines(read_file(folder.file("parent")));
+        std::istringstream lines(read_file(log));
         std::set<string> seen;
         for (string line; std::getline(lines, line);)
             EXPECT_TRUE(seen.insert(line).second) << line;
         EXPECT_EQ(seen.count("child " + std::to_string(holding)), 1U);
-        files("busy=stderr");
+        files("busy=stderr,busy=" + log);  // which empties it
     }
 }
 
@@ -163,25 +149,21 @@ TEST_F(RobustLogging, AComponentStaysLoadedAndFilesAreNotInherited) {
     ASSERT_NE(component, nullptr) << dlerror();
     ASSERT_EQ(dlclose(component), 0);
     EXPECT_EQ(logParseMsgLevelsEx("unloaded=debug", nullptr, 0, nullptr), 0);
-    ASSERT_EQ(files("busy=" + folder.file("log")), 0);
     EXPECT_EQ(fcntl(fileno(_loggers.loggers[DBG_BUSY].out), F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(RobustLogging, AHeldStreamKeepsABlockTogether) {
-    ASSERT_EQ(files("busy=" + folder.file("log")), 0);
     {
-        const Printers printers(2);
+        const auto threads = printers(2);
         const LogStream out(DBG_BUSY);
         fprintf(out, "<");
         usleep(1000);
         fprintf(out, ">\n");
     }
-    EXPECT_NE(("\n" + read_file(folder.file("log"))).find("\n<>\n"), string::npos);
+    EXPECT_NE(("\n" + read_file(log)).find("\n<>\n"), string::npos);
 }
 
-TEST(Statement, PrintsOnceWhenEnabledAndEvaluatesNothingElse) {
-    TempFolder folder;
-    ASSERT_EQ(files("busy=" + folder.file("log")), 0);
+TEST_F(RobustLogging, AStatementPrintsOnceWhenEnabledAndEvaluatesNothingElse) {
     int modules = 0, levels = 0, arguments = 0;
     for (const MsgLevel level : {MSG_DEBUG, MSG_ERROR, MSG_WARN, MSG_INFO}) {
         if (level != MSG_DEBUG)
@@ -190,6 +172,5 @@ TEST(Statement, PrintsOnceWhenEnabledAndEvaluatesNothingElse) {
             logPrint(DBG_BUSY, MSG_WARN, "no arguments");
     }
     EXPECT_TRUE(modules == 3 && levels == 3 && arguments == 2);
-    EXPECT_EQ(read_file(folder.file("log")), "no arguments\n1!\n2!\n");
-    files("busy=stderr");
+    EXPECT_EQ(read_file(log), "no arguments\n1!\n2!\n");
 }
