@@ -44,6 +44,8 @@ system_headers_for() {
         util/c/shared/*_java.cpp | util/c/shared/logging/java_bridge.cpp) echo "$c_headers $cpp_headers jni.h" ;;
         util/c/shared/logging/cancellation.h) echo "pthread.h" ;;
         util/c/shared/logging/registration.cpp) echo "$c_headers $cpp_headers dlfcn.h" ;;
+        util/c/shared/logging/print.cpp) echo "$c_headers $cpp_headers time.h" ;;
+        util/export/logging_static_gen.h) echo "$c_headers pthread.h" ;;
         util/c/shared/logging/streams.cpp) echo "$c_headers $cpp_headers pthread.h stdio_ext.h" ;;
         util/c/shared/vector/*) echo "$c_headers $cpp_headers emmintrin.h immintrin.h arm_neon.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;

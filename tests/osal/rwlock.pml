@@ -99,19 +99,21 @@ proctype writer(byte me) {
            :: word != now
            fi
        :: HELD(now) ->
-           if
-           :: skip
-           :: marks = marks | WRITER_STARVES /* patience is over */
-           fi;
-           if
-           :: (now & marks) == marks
-           :: atomic { (now & marks) != marks && word == now -> word = now | marks }
-           :: (now & marks) != marks && word != now -> goto again
-           fi;
-           asleep = WRITERS_ASLEEP;
+           atomic {
+               if
+               :: skip
+               :: marks = marks | WRITER_STARVES /* patience is over */
+               fi;
+               if
+               :: (now & marks) == marks
+               :: (now & marks) != marks && word == now -> word = now | marks
+               :: (now & marks) != marks && word != now -> goto again
+               fi;
+               asleep = WRITERS_ASLEEP
+           }
            sleep_on(writer_sleeps[me], now | marks)
        fi;
-again: skip
+again: now = 0
     od;
     now = 0;
     marks = 0;

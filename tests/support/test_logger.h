@@ -26,8 +26,8 @@ struct TestLoggerParts {
     SanityLevel sanity_default = SANITY_NONE;
 };
 
-// Makes and registers a logger; the names must outlive it.
-inline logger* make_logger(const TestLoggerParts& given) {
+// Makes and, unless told otherwise, registers a logger; the names must outlive it.
+inline logger* make_logger(const TestLoggerParts& given, bool registers = true) {
     const size_t count = given.modules.size();
     const size_t size = sizeof(logger) + count * sizeof(logmodule);
     char* memory = static_cast<char*>(std::malloc(size + sizeof given));
@@ -49,7 +49,8 @@ inline logger* make_logger(const TestLoggerParts& given) {
             logmodule{nullptr, {m.name, m.alias}, 0,           level, sanity, log,
                       nullptr, m.is_default,      m.is_linked, 0};
     }
-    _log_add_logger(log);
+    if (registers)
+        _log_add_logger(log);
     return log;
 }
 

@@ -189,7 +189,7 @@ static size_t strike_everywhere(size_t* countdown, const Row& row) {
 // sanitizer has the C library's.
 TEST(Faults, ChangeAndLeakNothingWhenTheNthAllocationFails) {
     for (logger*& log : late)
-        log = unregistered_logger({.modules = {{"late"}}});
+        log = make_logger({.modules = {{"late"}}}, false);
     const bool own = faults.allocations > 0;
     size_t* const countdown = own ? &faults.failing_allocation : &platform.failing_allocation;
     for (const Row& row : MEMORY_ROWS)

@@ -69,6 +69,29 @@ TEST_F(RobustLogging, PrintersKeepNoOptionAndNoComponentOut) {
         expect_within_a_second([] { make_logger({.modules = {{"late"}}}); });
 }
 
+// A pipe whose reader takes 20 lines a second; six printers fill it.
+TEST_F(RobustLogging, PrintersToASlowPipeKeepNoOptionOut) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, 0), 0);
+    fcntl(ends[1], F_SETPIPE_SZ, 4096);
+    const std::jthread reader([&ends](const std::stop_token& stop) {
+        for (char lines[1000]; !stop.stop_requested() && read(ends[0], lines, sizeof lines) > 0;)
+            usleep(50'000);
+        close(ends[0]);
+    });
+    signal(SIGPIPE, SIG_IGN);
+    ASSERT_EQ(files("busy=/proc/self/fd/" + std::to_string(ends[1])), 0);
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 6; t++)
+        threads.emplace_back([](const std::stop_token& stop) {
+            while (!stop.stop_requested())
+                logPrint(DBG_BUSY, MSG_QUIET, "%0990d", 0);
+        });
+    usleep(400'000);
+    expect_within_a_second([] { files("busy=/dev/null"); });
+    close(ends[1]);
+}
+
 TEST_F(RobustLogging, AHolderOfAStreamMayPrintAndSetDecorations) {
     FILE* const held = _log_acquire_stream(&_loggers, DBG_BUSY);
     std::jthread mover([] { files("busy=/dev/null"); });

@@ -22,16 +22,17 @@ extern "C" {
 //
 // A writer waits for the readers that hold the word. When new ones have kept it out for some
 // milliseconds, readers that hold no lock word let it pass: they wait for it, but no longer than a
-// tenth of a second, and then go ahead. So neither side waits for the other without limit.
+// quarter of a second, and then go ahead. So a writer gets through when each hold is shorter than
+// that, and a reader that waits in vain loses at most a tenth of its time.
 //
 // Without contention each call is one atomic instruction and no system call; a thread that must
 // wait spins briefly and then sleeps in the kernel. None of them fails, allocates, is a
 // cancellation point or touches the last-error value.
 //
 // A child of fork() starts with words that no thread holds, except those that the forking thread
-// holds: its holds go on in the child. (A thread that holds more than 13 words when it forks loses
-// the further ones there; releasing them then does nothing.) Not so after a bare fork or clone
-// system call.
+// holds: its holds go on in the child. (Of a thread that holds more than 13 words when it forks the
+// further ones are free there, and releasing them does nothing.) Not so after a bare fork or clone
+// system call, nor for words that were held 256 generations of children ago.
 
 // Waits until no writer holds the word, then holds it for reading.
 void rwReadLock(volatile int* lock);

@@ -33,8 +33,8 @@ extern "C" {
 // does nothing. The logger must stay in place for the life of the process: the shared object that
 // holds it is kept loaded, also when it is closed; one on the heap must not be freed.
 //
-// At level WARN "util" tells of names that two modules of the logger have, and of names that no
-// option can reach: with a comma or '=', or with '>' or a quote in front.
+// At level WARN "util" tells of names that two modules of the logger have, and of names that options
+// cannot reach, with a comma or '=', or misread in places, with '>' or a quote in front.
 void _log_add_logger(logger* log);
 
 // Selecting modules.
@@ -97,7 +97,7 @@ void logResetSanityLevels(void);
 // prints the decorations and the space only. A conversion that fails ends the message there.
 //
 // A line reaches the module's stream in one piece and is flushed before the call returns; lines
-// of several threads never mix. Nothing is allocated (but the C library's buffer of a standard
+// of several threads never mix. Nothing is allocated (except the C library's buffer of a standard
 // output that nobody has used before), the thread's last-error value is kept, and a stream that
 // cannot be written to loses the line silently. A thread is not cancelled within the call's locks.
 // "%m" prints the error of the caller. Bits of a decorations word that

@@ -41,13 +41,17 @@
 // that components never see one another's. (C++ inline functions with log statements that two
 // components share need -fvisibility-inlines-hidden: otherwise both run the copy of one of them.)
 // Link with the utility library and its platform layer. A component stays loaded once it is
-// registered; link a shared object with "-z nodelete", which says so to everybody.
+// registered; link a shared object with "-z nodelete" as well.
 #ifndef UTIL_EXPORT_LOGGING_STATIC_GEN_H
 #define UTIL_EXPORT_LOGGING_STATIC_GEN_H
 
 #include "osal/export/osal_threads.h"
 #include "util/export/logging.h"
 #include "util/export/logging_funcs.h"
+
+#ifdef __cplusplus
+#include <pthread.h>
+#endif
 
 #ifndef LOG_MODULES
 #define LOG_MODULES(MODULE)
@@ -126,20 +130,22 @@ void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const cha
 //
 // A statement, also alone in a branch of `if`. While it is off it costs one load and one
 // comparison; the call stands out of the way of the code around it. May be called on any thread.
-#define logPrint(module, level, ...)                                         \
-    do {                                                                     \
-        const LogModule log_module_ = (module);                              \
-        const MsgLevel log_level_ = (level);                                 \
-        if (__builtin_expect(logEnabled(log_module_, log_level_), false))    \
-            _logforceprint(&_loggers, log_module_, log_level_, __VA_ARGS__); \
+#define logPrint(module, level, ...) LOG_PRINT(__COUNTER__, module, level, __VA_ARGS__)
+#define LOG_PRINT(n, module, level, ...) LOG_PRINT_AS(n, module, level, __VA_ARGS__)
+#define LOG_PRINT_AS(n, module, level, ...)                                        \
+    do {                                                                           \
+        const LogModule log_module_##n = (module);                                 \
+        const MsgLevel log_level_##n = (level);                                    \
+        if (__builtin_expect(logEnabled(log_module_##n, log_level_##n), false))    \
+            _logforceprint(&_loggers, log_module_##n, log_level_##n, __VA_ARGS__); \
     } while (0)
 
 // Holds a module's stream for direct writing: it is neither replaced nor closed until
 // _log_release_stream(), which the same thread calls soon. Several threads may hold it: a hold
 // keeps options away, not other writers, whose lines go on in between; flockfile() keeps those
 // away, too. Meanwhile this thread may print to the module and set levels and decorations, but
-// must not parse log-file options or load a component: both may wait for the hold. `module` is a
-// real index.
+// must not parse log-file options or load a component: both may wait for the hold. A thread that
+// may be cancelled turns cancellation off around the hold. `module` is a real index.
 FILE* _log_acquire_stream(logger* l, LogModule module);
 
 // Lets go of the stream that _log_acquire_stream() returned for the same module.
@@ -163,20 +169,25 @@ static inline void _log_print_moduleinfo(logger* l, LogModule module, FILE* f) {
 //             fprintf(out, "%p %zu\n", r.start, r.size);
 //     }
 //
-// What was written is flushed at the end of the block. Meanwhile other threads' lines to the stream
-// wait, those of modules that share it included; this thread may do what it may do between
-// _log_acquire_stream() and _log_release_stream(), but must not fork: the C library leaves a lock
-// that is held by the forking thread unusable in the child.
+// What was written is flushed at the end of the block; the thread is not cancelled before.
+// Meanwhile other threads' lines to the stream wait, those of modules that share it included. This
+// thread may print to modules with that stream and set levels and decorations. It must not print to
+// other streams, hold a second LogStream, parse log-file options or load a component, which may
+// wait for each other for ever, nor fork: the C library leaves a lock that is held by the forking
+// thread unusable in the child.
 class LogStream {
   public:
     explicit LogStream(LogModule module)
-        : module_(module), stream_(_log_acquire_stream(&_loggers, module)) {
+        : cancelable_(turn_cancellation_off()),
+          module_(module),
+          stream_(_log_acquire_stream(&_loggers, module)) {
         flockfile(stream_);
     }
     ~LogStream() {
         fflush(stream_);
         funlockfile(stream_);
         _log_release_stream(&_loggers, module_, stream_);
+        pthread_setcancelstate(cancelable_, NULL);
     }
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
@@ -186,6 +197,13 @@ class LogStream {
     }
 
   private:
+    static int turn_cancellation_off() {
+        int before;
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);
+        return before;
+    }
+
+    const int cancelable_;
     const LogModule module_;
     FILE* const stream_;
 };

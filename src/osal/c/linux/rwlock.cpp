@@ -15,7 +15,7 @@
 // Courtesy. Overlapping readers never let the count reach zero, so a writer that has waited for
 // PATIENCE_MS sets WRITER_STARVES. A reader that finds the bit takes itself out of the count again
 // and naps until the bit is gone, but no longer than COURTESY_MS; then it goes ahead. It must not
-// wait for longer: whoever holds the word may be waiting for something that this reader has. For
+// wait for longer: the holder of the word may be waiting for something that this reader has. For
 // the same reason a thread that holds any lock word gives no way, and a thread whose courtesy was
 // in vain gives none for COURTESY_PAUSE_MS. The writer that enters clears the bit.
 //
@@ -60,9 +60,9 @@ constexpr unsigned WRITER_MASK = 2;
 
 constexpr int SPINS = 100;  // a few hundred nanoseconds to a microsecond: shorter than a sleep
 constexpr long NANOS_PER_MS = 1'000'000;
-constexpr long PATIENCE_MS = 5;           // of a writer; far more than a line takes to print
-constexpr int COURTESY_MS = 100;          // longer than several threads take to print slowly
-constexpr long COURTESY_PAUSE_MS = 1000;  // ten times as much, so that courtesy costs a tenth
+constexpr long PATIENCE_MS = 2;           // of a writer; far more than a line takes to print
+constexpr int COURTESY_MS = 250;          // longer than a slow write takes
+constexpr long COURTESY_PAUSE_MS = 2500;  // ten times as much, so that courtesy costs a tenth
 
 // The words that the thread holds, in the order in which it took them. More than `words` has room
 // for are only counted.
@@ -121,7 +121,7 @@ static inline bool forget_hold(volatile int* lock) {
     return true;
 }
 
-// In a fork's child: frees every word, but for the holds of this thread.
+// In a fork's child: frees every word, except the holds of this thread.
 static void start_generation() {
     generation = (generation + ONE_GENERATION) & GENERATIONS;
     for (unsigned i = 0; i < holds.listed; i++) {

@@ -16,6 +16,7 @@
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
+#include <time.h>
 #include <algorithm>
 
 constexpr size_t DECORATION_BYTES = 100;  // of one line's standard ones; extended ones add theirs
@@ -23,6 +24,8 @@ constexpr size_t MESSAGE_BYTES = 1023;    // with its terminator, which the newl
 constexpr size_t LINE_EXTRA_BYTES = 1 + MESSAGE_BYTES;  // the space and the message
 constexpr int LOCK_ATTEMPTS = 20;                       // two or three microseconds in all
 constexpr int PAUSES_BETWEEN_ATTEMPTS = 4;
+constexpr long FIRST_NAP_NANOS = 50'000;  // then twice as long each time
+constexpr long LONGEST_NAP_NANOS = 800'000;
 constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_DECORATIONS;
 
 // The standard decorations are written one by one into the line, which has room for all of them,
@@ -110,24 +113,32 @@ static char* put_decorations(char* line, size_t size, const logger* loggers, con
     return position;
 }
 
-// Takes the stream's own lock. The holder is about to be done with one write, which is sooner than
-// this thread could go to sleep and be woken; so it looks a few times before it sleeps.
-static void lock_stream(FILE* stream) {
+// Takes the stream's own lock, which keeps direct writers away and lines apart. Its holder is
+// usually about to be done with one write, which is sooner than this thread could go to sleep and
+// be woken.
+static bool try_to_lock(FILE* stream) {
     for (int attempt = 0; attempt < LOCK_ATTEMPTS; attempt++) {
         if (ftrylockfile(stream) == 0)
-            return;
+            return true;
         for (int i = 0; i < PAUSES_BETWEEN_ATTEMPTS; i++)
             __builtin_ia32_pause();
     }
-    flockfile(stream);
+    return false;
 }
 
-// Takes the module's lock shared. The stream's own lock is taken once around both calls, so that
-// two printers do not pass it to and fro; within, they find it taken by this thread.
+// Takes the module's lock shared, and the stream's own lock once for both calls, which find it
+// taken by this thread. A thread that cannot have the stream's lock waits for it without the
+// module's: otherwise an option that moves the module had to wait for all lines in the queue.
 static void write_line(logmodule* m, const char* line, size_t length) {
     const CancellationOff cancellation_off;
+    struct timespec nap = {0, FIRST_NAP_NANOS};
     rwReadLock(&m->lock);
-    lock_stream(m->out);
+    while (!try_to_lock(m->out)) {
+        rwReadUnlock(&m->lock);
+        nanosleep(&nap, nullptr);
+        nap.tv_nsec = std::min(nap.tv_nsec * 2, LONGEST_NAP_NANOS);
+        rwReadLock(&m->lock);
+    }
     fwrite(line, 1, length, m->out);
     fflush(m->out);
     funlockfile(m->out);

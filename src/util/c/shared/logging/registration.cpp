@@ -79,14 +79,15 @@ static size_t earlier_uses(const logger* log, size_t module, const char* name) {
     return uses;
 }
 
-// Tells of names that the compiler accepts, but that options do not reach.
+// Tells of names that the compiler accepts, but that options do not reach or take for a target or a
+// quoted value in some places.
 static void check_names(const logger* log) {
     for (size_t i = 0; i < log->num_loggers; i++)
         for (const char* name : log->loggers[i].names) {
-            if (name == nullptr)
+            if (name == nullptr || *name == '\0')
                 continue;
-            if (strpbrk(name, ",=") != nullptr || (*name != '\0' && strchr(">\"'", *name)))
-                warn("Options cannot reach a log module named %s", name);
+            if (strpbrk(name, ",=") != nullptr || strchr(">\"'", *name) != nullptr)
+                warn("Options may misread the log module name %s", name);
             if (earlier_uses(log, i, name) == 1)
                 warn("Several log modules are named %s: options reach the first one only", name);
         }
