@@ -56,6 +56,13 @@ inline std::string event_text(JSONType type, const JSONVal* value) {
     return text + (type == JSON_KEY ? "':" : "',");
 }
 
+inline std::string repeated(size_t times, const char* text) {
+    std::string result;
+    while (times-- > 0)
+        result += text;
+    return result;
+}
+
 // Of a parse whose callback aborts at the event of number `abort_at`, counted from 0.
 inline JsonOutcome json_outcome(const char* document, size_t errlen = 5000,
                                 size_t abort_at = SIZE_MAX) {

@@ -10,13 +10,6 @@
 using std::string;
 using namespace std::string_literals;
 
-static string repeated(size_t times, const string& text) {
-    string result;
-    while (times-- > 0)
-        result += text;
-    return result;
-}
-
 static void abort_at_text(JSONType type, const JSONVal* value, void*) {
     if (type == JSON_STRING)
         jsonAbort("text of %zu", value->str.length);

@@ -246,13 +246,6 @@ TEST(Json, NestsParses) {
     }
 }
 
-static string repeated(const char* text) {
-    string result;
-    for (int i = 0; i < 1000000; i++)
-        result += text;
-    return result;
-}
-
 // On a stack of 256 KiB.
 static void expect_deep(const string& document, const string& events) {
     std::pair<const char*, JsonOutcome> parse = {document.c_str(), {}};
@@ -272,8 +265,10 @@ static void expect_deep(const string& document, const string& events) {
 }
 
 TEST(Json, NestsDeeplyOnASmallStack) {
-    expect_deep(repeated("[") + repeated("]"), repeated("[") + repeated("],"));
-    expect_deep(repeated("[{a:") + "1" + repeated("}]"),
-                repeated("[{'a':") + "1," + repeated("},],"));
-    expect_deep(repeated("{a="), repeated("{'a':"));
+    constexpr size_t DEEP = 1000000;
+    expect_deep(repeated(DEEP, "[") + repeated(DEEP, "]"),
+                repeated(DEEP, "[") + repeated(DEEP, "],"));
+    expect_deep(repeated(DEEP, "[{a:") + "1" + repeated(DEEP, "}]"),
+                repeated(DEEP, "[{'a':") + "1," + repeated(DEEP, "},],"));
+    expect_deep(repeated(DEEP, "{a="), repeated(DEEP, "{'a':"));
 }
