@@ -7,6 +7,7 @@
 #include "support/json_outcome.h"
 
 #include <cstdint>
+#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2)

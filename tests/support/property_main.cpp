@@ -20,24 +20,22 @@ static std::mt19937 chance(20260412);
 static std::string input;
 
 static void print_input(int signal) {
-    for (const char c : input)
-        std::fprintf(stderr, "%02x", static_cast<unsigned char>(c));
+    for (const unsigned char c : input)
+        std::fprintf(stderr, "%02x", unsigned{c});
     std::signal(signal, SIG_DFL);  // which the same instruction raises again
 }
 
 // Texts between double quotes, one a line, in which "\xHH" is a byte and "\" quotes others.
 static std::vector<std::string> words_of(std::ifstream dictionary) {
     std::vector<std::string> words;
-    for (std::string line; std::getline(dictionary, line);) {
-        if (line[0] != '"')
-            continue;
-        std::string& word = words.emplace_back();
-        for (const char* p = line.c_str() + 1; p[1] != '\0'; p++) {
-            unsigned byte;
-            const bool is_byte = std::sscanf(p, "\\x%2x", &byte) == 1;
-            p += is_byte ? 3 : *p == '\\';
-            word += is_byte ? static_cast<char>(byte) : *p;
+    for (std::string line, word; std::getline(dictionary, line); word.clear()) {
+        for (const char* p = line.c_str() + 1; line[0] == '"' && p[1] != '\0'; p++) {
+            unsigned byte = p[*p == '\\'];
+            p += std::sscanf(p, "\\x%2x", &byte) == 1 ? 3 : *p == '\\';
+            word += static_cast<char>(byte);
         }
+        if (!word.empty())
+            words.push_back(word);
     }
     return words;
 }

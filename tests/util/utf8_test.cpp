@@ -36,19 +36,6 @@ TEST(Utf8Validate, JudgesEverySequenceAtEveryPlace) {
     check(string("a\0b \0 ", 6), false, false);
 }
 
-TEST(Utf8Validate, CutsLongTextsAtEveryByte) {
-    string text;
-    while (text.size() < 300)
-        text += "\xE6\x97\xA5\xC3\xA9z";
-    for (size_t length = 0; length <= text.size(); length++)
-        for (size_t bad = 0; bad <= length; bad += 3) {
-            string cut = text.substr(0, length);
-            if (bad < length)
-                cut[bad] = bad % 2 == 0 ? '\0' : '\xF0';
-            EXPECT_EQ(utf8_validate(guarded(cut), length, false), plain_utf8_validate(cut, false));
-        }
-}
-
 TEST(Utf8Validate, AgreesWithTheDecoderOnAllPairs) {
     for (int first = 0; first < 256; first++)
         for (int second = 0; second < 256; second++)
