@@ -1,30 +1,32 @@
 #include "util/export/arguments.h"
-#include "osal/export/osal_msmalloc.h"
-#include "support/plain_arguments.h"
-#include "support/platform.h"
 
 #include <gtest/gtest.h>
-#include <random>
+#include <string>
+#include <vector>
+
+using Items = std::vector<std::pair<std::string, std::string>>;
 
 struct WalkCase {
-    const char* text;
+    const char* text;  // each '@' stands for some characters
     Items items;
     char delim = ',';
 };
 
 const WalkCase WALK_CASES[] = {
     {",,,", {}},
-    {",a=1,,b=2,", {{"a", "1"}, {"b", "2"}}},
-    {"verbose,a=,=x", {{"verbose", ""}, {"a", ""}, {"", "x"}}},
-    {" a = 1,b=c=d", {{" a ", " 1"}, {"b", "c=d"}}},
-    {"a='x,y',b=\"it's\"", {{"a", "x,y"}, {"b", "it's"}}},
-    {"a='it\\'s',b", {{"a", "it\\'s"}, {"b", ""}}},
-    {"a='x\\\\',b'", {{"a", "x\\\\',b"}}},  // a backslash counts even behind another one
-    {"a='x'tail,b", {{"a", "x"}, {"b", ""}}},
-    {"a='open,b=2", {{"a", "open,b=2"}}},
-    {"a=x'y,z='", {{"a", "x'y"}, {"z", ""}}},  // quotes count only at the start of a value
-    {"x=1  y=2", {{"x", "1"}, {"y", "2"}}, ' '},
-    {"a='b'c'd", {{"a", "b"}, {"c", ""}, {"d", ""}}, '\''},
+    {",a=1,,@=2,", {{"a", "1"}, {"@", "2"}}},
+    {"@,a=,=@", {{"@", ""}, {"a", ""}, {"", "@"}}},
+    {" a = @,b=@=d", {{" a ", " @"}, {"b", "@=d"}}},
+    {"a='@,y',@=\"it's\"", {{"a", "@,y"}, {"@", "it's"}}},
+    {"a='@\\'s',b", {{"a", "@\\'s"}, {"b", ""}}},
+    {"a='@\\'',b", {{"a", "@\\'"}, {"b", ""}}},
+    {"a='x\\\\',@'", {{"a", "x\\\\',@"}}},  // a backslash counts even behind another one
+    {"@='x'@,b", {{"@", "x"}, {"b", ""}}},
+    {"a='@,b=2", {{"a", "@,b=2"}}},
+    {"@=\"b", {{"@", "b"}}},
+    {"@=x'y,z='", {{"@", "x'y"}, {"z", ""}}},  // quotes count only at the start of a value
+    {"x=@  y=2", {{"x", "@"}, {"y", "2"}}, ' '},
+    {"a='b'c'@", {{"a", "b"}, {"c", ""}, {"@", ""}}, '\''},
 };
 
 // The text is copied to a block of just its size, for the address sanitizer to watch its end.
@@ -42,28 +44,24 @@ static Items walk(const std::string& text, char delim) {
     return items;
 }
 
+// Lengths that move what follows over the ends of the blocks that the iterator reads.
 TEST(ArgIter, SplitsTextIntoItems) {
-    for (const WalkCase& c : WALK_CASES) {
-        EXPECT_EQ(walk(c.text, c.delim), c.items) << c.text;
-        EXPECT_EQ(plain_walk(c.text, c.delim), c.items) << c.text;
-    }
+    for (size_t length = 1; length <= 40; length++)
+        for (auto [text, items, delim] : WALK_CASES) {
+            const auto stretched = [&](std::string result) {
+                for (size_t at = 0; (at = result.find('@', at)) != result.npos;)
+                    result.replace(at, 1, length, '\xE9');
+                return result;
+            };
+            for (auto& [name, value] : items)
+                name = stretched(name), value = stretched(value);
+            EXPECT_EQ(walk(stretched(text), delim), items) << text << " " << length;
+        }
 }
 
-// Nobody should ask for it, and what the items are nobody says.
+// Its items have no meaning, but they lie within the text.
 TEST(ArgIter, StaysWithinTheTextWhenTheDelimiterIsAnEqualsSign) {
     for (size_t length = 0; length < 70; length++)
         for (const auto& [name, value] : walk("a=b=" + std::string(length, 'c') + "=d", '='))
             EXPECT_LT(name.size() + value.size(), length + 6);
-}
-
-TEST(ArgIter, AgreesWithThePlainWalkOnRandomText) {
-    std::mt19937 random(20260329);
-    const std::string alphabet = "abcdefgh=,='\"\\ \xff";
-    for (int round = 0; round < 50000; round++) {
-        std::string text(random() % 80, ' ');
-        for (char& c : text)
-            c = alphabet[random() % alphabet.size()];
-        const char delim = "\",' "[random() % 4];
-        ASSERT_EQ(walk(text, delim), plain_walk(text, delim)) << "'" << text << "' at " << delim;
-    }
 }
