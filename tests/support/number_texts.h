@@ -36,9 +36,8 @@ inline Parsed<double> scan_double(const char* text, double value) {
     u8 factor = 1;
     if (std::sscanf(text, "%lf%c", &value, &suffix) <= 0)
         return {value, "illegal floating point value"};
-    if (suffix != '\0' && !strSuffixToMultiplier(suffix, &factor))
-        return {value, "illegal suffix"};
-    return {value * static_cast<double>(factor)};
+    const bool fits = suffix == '\0' || strSuffixToMultiplier(suffix, &factor);
+    return {value * static_cast<double>(factor), fits ? "" : "illegal suffix"};
 }
 
 inline Parsed<nanotime> scan_duration(const char* text) {
@@ -65,32 +64,20 @@ Parsed<u8> integer(Parser<Value>* parser, const std::string& text) {
     return {(u8)parsed.value, parsed.error};
 }
 
-// The first parser that reads the text otherwise than the rest do, or null.
-inline const char* differing_parser(const std::string& text) {
+// Whether all parsers read the text as the others and the scanner do.
+inline bool parsers_agree(const std::string& text) {
     constexpr double KEPT = 77;
     const bool is_plain = std::isdigit(static_cast<unsigned char>(text[0])) != 0;
     const auto [number, error] = integer(strToSuffixULong, text);
     const Parsed<u8> plain = {number, error}, with_sign = integer(strToSuffixLong, text);
-    const struct {
-        const char* parser;
-        bool agrees;
-    } PARSERS[] = {
-        {"Long", !is_plain || integer(strToSuffixLong, "-" + text) == Parsed<u8>{-number, error}},
-        {"ULong", error == "negative value not allowed" || plain == with_sign},
-        {"Size", plain == integer(strToSuffixSize, text)},
-        {"UInt",
-         integer(strToSuffixUInt, text) == Parsed<u8>{static_cast<unsigned>(number), error}},
-        {"Int", integer(strToSuffixInt, text) ==
-                    Parsed<u8>{(u8) static_cast<int>(with_sign.value), with_sign.error}},
-        {"Address",
-         error == "could not parse number" || plain == integer(strToSuffixAddress, text)},
-        {"Double", parse(strToSuffixDouble, text, KEPT) == scan_double(text.c_str(), KEPT)},
-        {"NanoTime", parse(strToSuffixNanoTime, text) == scan_duration(text.c_str())},
-    };
-    for (const auto& [parser, agrees] : PARSERS)
-        if (!agrees)
-            return parser;
-    return nullptr;
+    const Parsed<u8> as_int = {(u8) static_cast<int>(with_sign.value), with_sign.error};
+    return (!is_plain || integer(strToSuffixLong, "-" + text) == Parsed<u8>{-number, error}) &&
+           (error == "negative value not allowed" || plain == with_sign) &&
+           (error == "could not parse number" || plain == integer(strToSuffixAddress, text)) &&
+           plain == integer(strToSuffixSize, text) && as_int == integer(strToSuffixInt, text) &&
+           integer(strToSuffixUInt, text) == Parsed<u8>{static_cast<unsigned>(number), error} &&
+           parse(strToSuffixDouble, text, KEPT) == scan_double(text.c_str(), KEPT) &&
+           parse(strToSuffixNanoTime, text) == scan_duration(text.c_str());
 }
 
 #endif

@@ -17,7 +17,7 @@ struct Case {
 };
 
 // Every case starts with this value, which most failures leave.
-constexpr int UNTOUCHED = 77;
+constexpr long UNTOUCHED = 77;
 
 struct Failures {
     const char* error;
@@ -29,9 +29,9 @@ static void check(Parser<Value>* parser, const auto& cases, const std::vector<Fa
     std::vector<Case<Value>> all(std::begin(cases), std::end(cases));
     for (const auto& [error, texts] : failures)
         for (const char* text : texts)
-            all.push_back({text, UNTOUCHED, error});
+            all.push_back({text, (Value)UNTOUCHED, error});
     for (const Case<Value>& c : all) {
-        const Parsed<Value> parsed = parse(parser, c.text, static_cast<Value>(UNTOUCHED));
+        const Parsed<Value> parsed = parse(parser, c.text, (Value)UNTOUCHED);
         EXPECT_EQ(parsed.value, c.value) << c.text;
         EXPECT_EQ(parsed.error, c.error) << c.text;
         Value value = {};
@@ -47,34 +47,20 @@ const Case<size_t> SIZE_CASES[] = {
     {"12kb", 12288},   {"16g", 1ULL << 34},  {"18446744073709551615", UINT64_MAX},
 };
 
-TEST(StrToSuffixSize, ScalesOrNamesTheFaultAndLeavesTheValue) {
+TEST(StrToSuffix, ScalesOrNamesTheFaultAndLeavesTheValue) {
     check<size_t>(strToSuffixSize, SIZE_CASES,
                   {{"illegal suffix", {"5t", "12 k", "10hh", "1\xE9"}},
                    {"could not parse number", {"12b", "ff", "1eh", "", "  ", "0x", "h", "\xA0"}},
                    {"negative value not allowed", {"-1", " -x"}}});
-}
-
-const Case<s8> LONG_CASES[] = {{"-2k", -2048}, {"- 10h", -16}, {"--5", 5}};
-
-// As numbers, to be compared.
-static bool parse_address(const char* text, u8* value, const char** error) {
-    void* address = reinterpret_cast<void*>(*value);
-    const bool ok = strToSuffixAddress(text, &address, error);
-    *value = reinterpret_cast<u8>(address);
-    return ok;
-}
-
-const Case<u8> ADDRESS_CASES[] = {{"ff", 255},   {"1e3", 0x1e3}, {"1000", 1000},
-                                  {"ak", 10240}, {"1eh", 0x1e},  {"+0x10", 16}};
-
-TEST(StrToSuffix, DiffersByTypeInSignsAndLetters) {
-    check<s8>(strToSuffixLong, LONG_CASES, {{"could not parse number", {"-", "-b"}}});
-    check<u8>(parse_address, ADDRESS_CASES, {{"could not parse number", {"", "+ff", "xff"}}});
+    const Case<s8> longs[] = {{"-2k", -2048}, {"- 10h", -16}, {"--5", 5}};
+    check<s8>(strToSuffixLong, longs, {{"could not parse number", {"-", "-b"}}});
+    const Case<void*> addresses[] = {{"ff", (void*)255},    {"1e3", (void*)0x1e3},
+                                     {"1000", (void*)1000}, {"ak", (void*)10240},
+                                     {"1eh", (void*)0x1e},  {"+0x10", (void*)16}};
+    check<void*>(strToSuffixAddress, addresses, {{"could not parse number", {"", "+ff", "xff"}}});
 }
 
 const Case<double> DOUBLE_CASES[] = {
-    {"2.5", 2.5},
-    {"1.5k", 1536},
     {"-.5e1Gx", -5.0 * (1 << 30)},
     {" 1e+", 1},
     {"0x1p4k", 16384},
@@ -93,23 +79,11 @@ TEST(StrToSuffixDouble, LeavesTheNumberBehindWhenItsSuffixIsWrong) {
                   {{"illegal floating point value", {"x", ".", ""}}});
 }
 
-const Case<nanotime> TIME_CASES[] = {
-    {"500ms", 500000000},
-    {"2h", 7200000000000},
-    {"1d", 86400000000000},
-    {"3m", 180000000000},
-    {" 3 s", 3000000000},
-    {"+7us", 7000},
-    {"-5\tms", -5000000},
-    {"5msx", 5000000},
-    {"9ns", 9},
-    {"0", 0},
-    {"-0 ", 0},
-    {"5m s", 300000000000},
-};
-
 TEST(StrToSuffixNanoTime, NeedsAUnit) {
-    check<nanotime>(strToSuffixNanoTime, TIME_CASES,
+    const Case<nanotime> times[] = {
+        {" 9 ns", 9},         {"+7us", 7000},        {"-5\tms", -5000000},   {"3s", 3000000000},
+        {"3m", 180000000000}, {"2h", 7200000000000}, {"1d", 86400000000000}, {"0", 0}};
+    check<nanotime>(strToSuffixNanoTime, times,
                     {{"unit required", {"10"}},
                      {"syntax error", {"ms", ""}},
                      {"illegal unit", {"5MS", "5sec", "0k"}}});
@@ -145,7 +119,7 @@ static void compare_at_random(unsigned rounds) {
     std::mt19937_64 random(20260329);
     for (unsigned round = 0; round < rounds; round++)
         for (const std::string& text : {near_number(random), any_double(random)})
-            ASSERT_STREQ(differing_parser(text.c_str()), nullptr) << "'" << text << "'";
+            ASSERT_TRUE(parsers_agree(text.c_str())) << "'" << text << "'";
 }
 
 TEST(StrToSuffix, AgreesWithThePlatformsScannerOnRandomText) {
