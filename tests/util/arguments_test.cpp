@@ -1,7 +1,8 @@
 #include "util/export/arguments.h"
 
 #include <gtest/gtest.h>
-#include <regex>
+#include <string>
+#include <vector>
 
 using Items = std::vector<std::pair<std::string, std::string>>;
 
@@ -18,6 +19,7 @@ const WalkCase WALK_CASES[] = {
     {" a = @,b=@=d", {{" a ", " @"}, {"b", "@=d"}}},
     {"a='@,y',@=\"it's\"", {{"a", "@,y"}, {"@", "it's"}}},
     {"a='@\\'s',b", {{"a", "@\\'s"}, {"b", ""}}},
+    {"a='@\\'',b", {{"a", "@\\'"}, {"b", ""}}},
     {"a='x\\\\',@'", {{"a", "x\\\\',@"}}},  // a backslash counts even behind another one
     {"@='x'@,b", {{"@", "x"}, {"b", ""}}},
     {"a='@,b=2", {{"a", "@,b=2"}}},
@@ -46,8 +48,10 @@ static Items walk(const std::string& text, char delim) {
 TEST(ArgIter, SplitsTextIntoItems) {
     for (size_t length = 1; length <= 40; length++)
         for (auto [text, items, delim] : WALK_CASES) {
-            const auto stretched = [&](const std::string& short_text) {
-                return std::regex_replace(short_text, std::regex("@"), std::string(length, '\xE9'));
+            const auto stretched = [&](std::string result) {
+                for (size_t at = 0; (at = result.find('@', at)) != result.npos;)
+                    result.replace(at, 1, length, '\xE9');
+                return result;
             };
             for (auto& [name, value] : items)
                 name = stretched(name), value = stretched(value);

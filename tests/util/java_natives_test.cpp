@@ -80,8 +80,8 @@ static bool names() {
 }
 
 static bool output(const char* text) {
-    LOG_NATIVE(output)
-    (&jni, clazz, (jlong)&mills->loggers[0], MSG_TRACE, std::bit_cast<jstring>(text));
+    const auto java_text = std::bit_cast<jstring>(text);
+    LOG_NATIVE(output)(&jni, clazz, (jlong)&mills->loggers[0], MSG_TRACE, java_text);
     return true;
 }
 
