@@ -63,7 +63,7 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
     volatile int word = 0;
     long writes = 0;
     std::vector<std::jthread> threads;
-    for (int t = 0; t < THREADS; t++) {
+    for (int t = 0; t < THREADS; t++)
         threads.emplace_back([&] {
             for (int i = 0; i < ROUNDS; i++) {
                 const Hold& hold = i % WRITE_EVERY == 0 ? WRITE : READ;
@@ -77,7 +77,6 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
                 hold.release(&word);
             }
         });
-    }
     threads.clear();
     EXPECT_EQ(writes, THREADS * ROUNDS / WRITE_EVERY);
 }

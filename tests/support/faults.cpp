@@ -6,7 +6,7 @@
 
 __thread Faults faults;
 
-static ssize_t transfer(long call, size_t& countdown, int fd, const void* buf, size_t len) {
+static ssize_t transfer(long call, size_t& countdown, int fd, auto* buf, size_t len) {
     const bool now = strikes(countdown);
     if (now && faults.error != 0) {
         errno = faults.error;
