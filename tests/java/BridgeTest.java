@@ -138,7 +138,7 @@ public final class BridgeTest {
         option("--log-file stderr");
         BitSet found = new BitSet();
         for (String line : take("one", "two")) {
-            String text = line.substring(line.lastIndexOf(']') + 1).strip();
+            String text = line.replaceFirst("(\\[[^]]*])* ?", "");
             int id = Integer.parseInt(text.replaceAll("\\D", ""));
             require(text.equals(text(id)) && !found.get(id), "torn or twice: " + line);
             found.set(id);
