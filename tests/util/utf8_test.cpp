@@ -2,6 +2,9 @@
 #include "support/guarded_text.h"
 #include "support/plain_utf8.h"
 
+#include "util/c/shared/vector/choice.h"
+
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <tuple>
 
@@ -47,6 +50,19 @@ TEST(Utf8Validate, AgreesWithTheDecoderOnAllPairs) {
                               plain_utf8_validate(text, relax))
                         << first << " " << second;
                 }
+}
+
+// Each run is named for the library that it tests, which may be limited to narrower vectors.
+TEST(Utf8Validate, RunsAtItsWidthOrSaysWhyNot) {
+    const char* const variable = getenv("LD_LIBRARY_PATH");
+    const string folders = variable == nullptr ? "" : variable;
+    const string folder = folders.substr(0, folders.find(':'));
+    Dl_info library;
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&utf8_validate), &library), 0);
+    EXPECT_EQ(string(library.dli_fname).find(folder), 0) << library.dli_fname;
+    const int width = folder.ends_with("/narrow") ? 16 : folder.ends_with("/width32") ? 32 : 64;
+    if (vector_bytes < width)
+        GTEST_SKIP() << "left out: this processor has no vectors of " << width << " bytes for it";
 }
 
 TEST(Utf8, DecodesOneCharacter) {

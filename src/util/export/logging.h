@@ -33,8 +33,8 @@ extern "C" {
 // does nothing. The logger must stay in place for the life of the process: the shared object that
 // holds it is kept loaded, also when it is closed; one on the heap must not be freed.
 //
-// At level WARN "util" tells of names that two modules of the logger have, and of names that options
-// cannot reach, with a comma or '=', or misread in places, with '>' or a quote in front.
+// At level WARN "util" tells of names that two modules of the logger have, and of names that
+// options cannot reach, with a comma or '=', or misread in places, with '>' or a quote in front.
 void _log_add_logger(logger* log);
 
 // Selecting modules.

@@ -3,7 +3,7 @@
 
 #include "util/c/shared/json/index.h"
 
-#include "util/c/shared/wide.h"
+#include "util/c/shared/vector/choice.h"
 
 #include <immintrin.h>
 #include <algorithm>
@@ -156,7 +156,7 @@ void build_index(Index* index, const char* p, const char* end) {
     index->begin = p;
     // Bits beyond the stretch mean nothing, so scans start well before them, or before the end.
     index->bytes = left < INDEXED_BYTES ? left + 1 : INDEXED_BYTES - MASK_BYTES;
-    if (processor_is_wide)
+    if (vector_bytes >= 32)
         index_wide(index, p, end);
     else
         index_blocks<classify_narrow>(index, p, end);
