@@ -14,6 +14,7 @@ scripts/bootstrap.sh
 step "sources"
 scripts/check_format.sh
 scripts/check_includes.sh
+scripts/check_tests_share.sh
 
 for preset in release asan tsan; do
     step "$preset"
