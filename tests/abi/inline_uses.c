@@ -5,8 +5,9 @@
 #include "util/export/streamwriter.h"
 #include "util/export/utf8.h"
 
-static const char block[5000] = "block", *text = "\xE2\x82\xAC";
-static const short small = 1;
+static char block[5000] = "block";
+static const char* text = "\xE2\x82\xAC";
+static short small = 1;
 
 size_t use(fio_fd fd, char to[4], void** elements);
 size_t use(fio_fd fd, char to[4], void** elements) {
@@ -19,9 +20,9 @@ size_t use(fio_fd fd, char to[4], void** elements) {
     if (kestrum_util_strncpy_s(to, 4, "longer", 6) || kestrum_util_strncpy_s(to, 4, "abc", 3))
         return wchar2utf8(to, next_utf2wchar(&text));
     DynArrayP smalls = dynArrayNew(0, sizeof small), larges = dynArrayNew(2, 100);
-    dynArrayAddLast(smalls, (void*)&small);
-    dynArrayInsert(smalls, 0, (void*)&small);
-    dynArraySet(larges, 7, (void*)block);
+    dynArrayAddLast(smalls, &small);
+    dynArrayInsert(smalls, 0, &small);
+    dynArraySet(larges, 7, block);
     dynArrayFree(smalls);
     return dynArrayCommit(larges, elements);
 }

@@ -3,6 +3,7 @@
 #ifndef UTIL_EXPORT_ARGUMENTS_H
 #define UTIL_EXPORT_ARGUMENTS_H
 
+#include "sharedinc/compiler.h"
 #include "util/export/arguments_types.h"
 
 #include <stdbool.h>
@@ -39,7 +40,7 @@ void argIterInit(ArgIterP iter, const char* args, size_t len, char delim);
 void argIterInitDefault(ArgIterP iter, const char* args);
 
 // True when no item is left. Callers compile it in; the library exports it all the same.
-__attribute__((gnu_inline)) extern inline bool argIterDone(ArgIterP iter) {
+KX_EXPORTED_INLINE bool argIterDone(ArgIterP iter) {
     return iter->args >= iter->end;
 }
 

@@ -2,18 +2,16 @@
 //
 // Included in place of dynarray.h it makes every body a candidate for inlining, and no more than
 // that: a call that the compiler leaves a call goes to the library, and nothing is emitted twice.
-// The library compiles the same bodies as ordinary functions (DYNARRAY_BODY is then empty).
+// The library compiles the same bodies as ordinary functions.
 #ifndef UTIL_EXPORT_DYNARRAY_INL
 #define UTIL_EXPORT_DYNARRAY_INL
 
+#include "sharedinc/compiler.h"
 #include "util/export/dynarray.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-#ifndef DYNARRAY_BODY
-#define DYNARRAY_BODY __attribute__((gnu_inline)) extern inline
-#endif
 // Not static: C has a warning for static functions in bodies that others may inline.
 #define DYNARRAY_HELPER __attribute__((gnu_inline, always_inline)) extern inline
 
@@ -25,11 +23,11 @@ enum { DYNARRAY_FIRST_GROWTH = 5 };  // elements beyond what is needed, when dou
 
 // The address of element `index`, or of the end.
 DYNARRAY_HELPER void* _da_at(const DynArray* da, size_t index) {
-    return (char*)da->data + index * da->elemSize;
+    return KX_CAST(char*, da->data) + index * da->elemSize;
 }
 
 DYNARRAY_HELPER void _da_copy_word(void* to, const void* from, size_t index) {
-    memcpy((char*)to + 8 * index, (const char*)from + 8 * index, 8);
+    memcpy(KX_CAST(char*, to) + 8 * index, KX_CAST(const char*, from) + 8 * index, 8);
 }
 
 // Copies one element. Up to eight words are moved one by one: an element is often filled in field
@@ -105,7 +103,7 @@ DYNARRAY_HELPER int _da_set(DynArrayP da, size_t index, const void* elemPtr) {
 }
 
 DYNARRAY_HELPER DynArrayP _da_new(size_t initCap, size_t elemSize, mspace space) {
-    DynArrayP da = (DynArrayP)msRealloc(space, NULL, sizeof(DynArray));
+    DynArrayP da = KX_CAST(DynArrayP, msRealloc(space, NULL, sizeof(DynArray)));
     if (da == NULL)
         return NULL;
     da->space = space;
@@ -120,19 +118,19 @@ DYNARRAY_HELPER DynArrayP _da_new(size_t initCap, size_t elemSize, mspace space)
     return da;
 }
 
-DYNARRAY_BODY DynArrayP dynArrayNew(size_t initCap, size_t elemSize) {
+KX_EXPORTED_INLINE DynArrayP dynArrayNew(size_t initCap, size_t elemSize) {
     return _da_new(initCap, elemSize, globalMSpace());
 }
 
-DYNARRAY_BODY DynArrayP dynArrayNewMSpace(size_t initCap, size_t elemSize, mspace ms) {
+KX_EXPORTED_INLINE DynArrayP dynArrayNewMSpace(size_t initCap, size_t elemSize, mspace ms) {
     return _da_new(initCap, elemSize, ms);
 }
 
-DYNARRAY_BODY int dynArrayResize(DynArrayP da, size_t nElems) {
+KX_EXPORTED_INLINE int dynArrayResize(DynArrayP da, size_t nElems) {
     return _da_resize(da, nElems);
 }
 
-DYNARRAY_BODY int dynArrayShrink(DynArrayP da, size_t nElems) {
+KX_EXPORTED_INLINE int dynArrayShrink(DynArrayP da, size_t nElems) {
     if (nElems >= da->capacity)
         return 0;
     if (_da_set_capacity(da, nElems) != 0)
@@ -146,7 +144,7 @@ DYNARRAY_BODY int dynArrayShrink(DynArrayP da, size_t nElems) {
     return 0;
 }
 
-DYNARRAY_BODY int dynArrayAddLast(DynArrayP da, void* elemPtr) {
+KX_EXPORTED_INLINE int dynArrayAddLast(DynArrayP da, void* elemPtr) {
     if (__builtin_expect(da->size >= da->capacity, 0))
         return dynArraySet(da, da->size, elemPtr);
     void* last = _da_at(da, da->size);
@@ -155,11 +153,11 @@ DYNARRAY_BODY int dynArrayAddLast(DynArrayP da, void* elemPtr) {
     return 0;
 }
 
-DYNARRAY_BODY int dynArraySet(DynArrayP da, size_t index, void* elemPtr) {
+KX_EXPORTED_INLINE int dynArraySet(DynArrayP da, size_t index, void* elemPtr) {
     return _da_set(da, index, elemPtr);
 }
 
-DYNARRAY_BODY int dynArrayInsert(DynArrayP da, size_t index, void* elemPtr) {
+KX_EXPORTED_INLINE int dynArrayInsert(DynArrayP da, size_t index, void* elemPtr) {
     if (index >= da->size)
         return _da_set(da, index, elemPtr);
     if (_da_check_size(da, da->size) != 0)
@@ -170,7 +168,7 @@ DYNARRAY_BODY int dynArrayInsert(DynArrayP da, size_t index, void* elemPtr) {
     return 0;
 }
 
-DYNARRAY_BODY void* dynArrayAddEmptyElementsLast(DynArrayP da, size_t n) {
+KX_EXPORTED_INLINE void* dynArrayAddEmptyElementsLast(DynArrayP da, size_t n) {
     if (n == 0)
         return da->data != NULL ? _da_at(da, da->size) : NULL;
     size_t size;
@@ -182,12 +180,12 @@ DYNARRAY_BODY void* dynArrayAddEmptyElementsLast(DynArrayP da, size_t n) {
     return first;
 }
 
-DYNARRAY_BODY void dynArraySort(DynArrayP da, int (*compare)(const void*, const void*)) {
+KX_EXPORTED_INLINE void dynArraySort(DynArrayP da, int (*compare)(const void*, const void*)) {
     if (da->size > 1)  // an empty array may have no block
         qsort(da->data, da->size, da->elemSize, compare);
 }
 
-DYNARRAY_BODY void dynArrayFree(DynArrayP da) {
+KX_EXPORTED_INLINE void dynArrayFree(DynArrayP da) {
     if (da == NULL)
         return;
     if (da->data != NULL)
@@ -195,7 +193,7 @@ DYNARRAY_BODY void dynArrayFree(DynArrayP da) {
     msFree(da->space, da);
 }
 
-DYNARRAY_BODY size_t dynArrayCommit(DynArrayP da, void** datap) {
+KX_EXPORTED_INLINE size_t dynArrayCommit(DynArrayP da, void** datap) {
     *datap = NULL;
     if (da == NULL)
         return 0;

@@ -18,6 +18,7 @@
 #define UTIL_EXPORT_STREAMWRITER_H
 
 #include "osal/export/linux/osal_files_pd.h"
+#include "sharedinc/compiler.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -64,7 +65,7 @@ static inline void sw_init(streamwriter* w, fio_fd out, filesize pos) {
 
 // The position where the next byte will land.
 static inline filesize sw_position(const streamwriter* w) {
-    return w->stream_pos + (filesize)w->buf_pos;
+    return w->stream_pos + KX_CAST(filesize, w->buf_pos);
 }
 
 // Writes `len` bytes. What does not fit into the buffer goes straight to the file, after the

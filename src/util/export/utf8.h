@@ -7,6 +7,8 @@
 #ifndef UTIL_EXPORT_UTF8_H
 #define UTIL_EXPORT_UTF8_H
 
+#include "sharedinc/compiler.h"
+
 #include <stdbool.h>
 #include <stddef.h>
 #include <wchar.h>
@@ -36,8 +38,8 @@ bool utf8_validate(const char* buffer, size_t length, bool relax);
 // sequence broken off after its second byte takes that byte along. Nothing is read past the zero
 // byte. C0 80 decodes to 0 as well, in two bytes.
 static inline wchar_t next_utf2wchar(const char** utfstring_ptr) {
-    const unsigned char* p = (const unsigned char*)*utfstring_ptr;
-    wchar_t c = p[0];
+    const char* p = *utfstring_ptr;
+    wchar_t c = p[0] & 0xFF;
     int bytes = 1;
     if (c >= 0xC0 && c <= 0xEF && (p[1] & 0xC0) == 0x80) {
         if (c < 0xE0) {
@@ -59,19 +61,19 @@ static inline wchar_t next_utf2wchar(const char** utfstring_ptr) {
 //
 // Returns the number of bytes written, 1 to 3.
 static inline unsigned int wchar2utf8(char* utfbuf, wchar_t c) {
-    const unsigned int u = (unsigned int)c & 0xFFFF;
+    const unsigned int u = KX_CAST(unsigned int, c) & 0xFFFF;
     if (u != 0 && u < 0x80) {
-        utfbuf[0] = (char)u;
+        utfbuf[0] = KX_CAST(char, u);
         return 1;
     }
     if (u < 0x800) {
-        utfbuf[0] = (char)(0xC0 | u >> 6);
-        utfbuf[1] = (char)(0x80 | (u & 0x3F));
+        utfbuf[0] = KX_CAST(char, 0xC0 | u >> 6);
+        utfbuf[1] = KX_CAST(char, 0x80 | (u & 0x3F));
         return 2;
     }
-    utfbuf[0] = (char)(0xE0 | u >> 12);
-    utfbuf[1] = (char)(0x80 | (u >> 6 & 0x3F));
-    utfbuf[2] = (char)(0x80 | (u & 0x3F));
+    utfbuf[0] = KX_CAST(char, 0xE0 | u >> 12);
+    utfbuf[1] = KX_CAST(char, 0x80 | (u >> 6 & 0x3F));
+    utfbuf[2] = KX_CAST(char, 0x80 | (u & 0x3F));
     return 3;
 }
 

@@ -1,6 +1,7 @@
 // A component of somebody else's, in the language that C and C++ share.
 #define LOG_MODULES(M) M(DBG_CACHE, "cache", NULL, LOG_IS_DEFAULT, LOG_LEVEL_AND_MODULE)
 #define LOG_DEFINE_COMPONENT
+#include "util/export/kxutil_version.h"
 #include "util/export/logging_static_gen.h"
 
 int cache_start(const char* options);

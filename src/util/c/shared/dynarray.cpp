@@ -1,6 +1,6 @@
 // The growable array's functions as the library exports them; dynarray.inl has their bodies.
 
-#define DYNARRAY_BODY
+#define KX_EMIT_BODIES
 #include "util/export/dynarray.inl"
 
 static_assert(sizeof(DynArray) == 40 && offsetof(DynArray, data) == 8 &&

@@ -9,6 +9,7 @@
 
 #include <stdbool.h>
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 #include <strings.h>
 
@@ -62,7 +63,7 @@ __attribute__((unused)) static bool kestrum_util_strncpy_s(char* dest, size_t de
         kestrum_util_strncpy(dest, src, bytesToCopy + 1);
         return true;
     }
-    if (bytesToCopy == (size_t)-1) {
+    if (bytesToCopy == SIZE_MAX) {
         kestrum_util_strncpy(dest, src, destSize);
         return strlen(src) < destSize;
     }

@@ -5,6 +5,7 @@
 // one scan stops at whichever of '=' and the delimiter comes first, and no scan for '=' runs past
 // the item.
 
+#define KX_EMIT_BODIES  // of argIterDone()
 #include "util/export/arguments.h"
 
 #include "osal/export/osal_msmalloc.h"
@@ -74,16 +75,6 @@ void argIterInit(ArgIterP iter, const char* args, size_t len, char delim) {
 
 void argIterInitDefault(ArgIterP iter, const char* args) {
     argIterInit(iter, args, strlen(args), ',');
-}
-
-// What the library exports for callers that did not compile the header's body in. It has a name of
-// its own here, because some compilers take a second body of the same name for a mistake.
-#pragma GCC visibility push(default)
-extern "C" bool exported_done(ArgIterP iter) __asm__("argIterDone");
-#pragma GCC visibility pop
-
-bool exported_done(ArgIterP iter) {
-    return iter->args >= iter->end;  // calling argIterDone() here would be calling itself
 }
 
 static inline bool is_quote(char c) {
