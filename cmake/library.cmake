@@ -1,3 +1,8 @@
+include(CheckLinkerFlag)
+set(KX_VERSION_NOTE
+    "SHELL:-Xlinker '--package-metadata={\"name\":\"${PROJECT_NAME}\",\"version\":\"${PROJECT_VERSION}\"}'")
+check_linker_flag(CXX "${KX_VERSION_NOTE}" KX_HAS_VERSION_NOTE)
+
 # A shared library of ours: hidden visibility, an export map that the linker holds it to, found
 # beside its user, and no library needed at run time but what is named here and libc.
 function(kx_add_library name map)
@@ -5,11 +10,15 @@ function(kx_add_library name map)
     kx_enable_warnings(${name})
     target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
     target_compile_options(${name} PRIVATE
-        -fno-exceptions -fno-rtti -fvisibility=hidden -fno-plt)
+        -fno-exceptions -fno-rtti -fvisibility=hidden -fno-plt
+        "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
     # Our own functions are called directly; only the platform layer's can be interposed.
     target_link_options(${name} PRIVATE
         "LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map}" LINKER:-Bsymbolic-functions
         LINKER:--no-undefined-version LINKER:-z,relro,-z,now,-z,noexecstack,-z,text)
+    if(KX_HAS_VERSION_NOTE)
+        target_link_options(${name} PRIVATE "${KX_VERSION_NOTE}")
+    endif()
     # No version in the file names: the virtual machine loads the library by its plain name, and a
     # platform layer that replaces ours has the same one.
     set_target_properties(${name} PROPERTIES

@@ -1,24 +1,43 @@
 #!/usr/bin/env bash
-# Installs a build, moves the result elsewhere, and checks that it is complete and can be used.
+# Builds and installs as docs/packaging.md says, moves the result elsewhere, and checks that it is
+# complete and can be used; then takes the sources into the same stranger's build as a subproject.
 #
-#   install_test.sh SOURCE BUILD      with the environment that use_installed.sh needs
+#   install_test.sh SOURCE            with the environment that use_installed.sh needs
 set -euo pipefail
-source=$1 build=$2
-here=$(dirname "$0")
+source=$1
+here=$(cd "$(dirname "$0")" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
+# shellcheck source=tests/package/checks.sh
+. "$here/checks.sh"
 prefix=$scratch/moved
 
-cmake --install "$build" --prefix "$scratch/first" > "$scratch/log" || { cat "$scratch/log" >&2; exit 1; }
+build_as_documented "$source" "$scratch/tree" install "s,/usr/local,$scratch/first,"
 mv "$scratch/first" "$prefix"
+check "build type" Release "$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' "$scratch/tree/build/install/CMakeCache.txt")"
 
 public_headers() {  # of the folder that is the include root
     (cd "$1" && find ./*/export sharedinc -name '*.h' -o -name '*.inl') | sort
 }
 diff <(public_headers "$source/src") <(public_headers "$prefix/include/kxutil")
 "$here/../abi/headers_test.sh" "$prefix/include/kxutil" "$CC" "$CXX"
-if grep -rlF -e "$source/" -e "$build/" -e "$scratch/" "$prefix"; then
+if grep -rlF --exclude=kxutil.pc -e "$source/" -e "$scratch/" "$prefix"; then
     echo "these installed files name folders of this machine" >&2
     exit 1
 fi
-"$here/use_installed.sh" "$prefix" "$scratch"
+for name in kxutil kxosal; do
+    check "version of $name" "{\"name\":\"kxutil\",\"version\":\"$VERSION\"}" \
+        "$(readelf --notes "$prefix/$LIBDIR/lib$name.so" | sed -n 's/ *Packaging Metadata: //p')"
+done
+PKG_CONFIG="pkg-config --define-prefix" "$here/use_installed.sh" "$prefix" "$scratch"
+
+# A parent's build keeps its own type and gets the libraries' targets alone, whatever it is set to.
+quietly cmake -S "$here/component" -B "$scratch/parent" -D SUBPROJECT="$source" -D VERSION="$VERSION" \
+    -D CMAKE_UNITY_BUILD=ON
+quietly cmake --build "$scratch/parent"
+check_host "$scratch/parent/host_c"
+check_host "$scratch/parent/host_cpp"
+check "a parent's build type" "" "$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' "$scratch/parent/CMakeCache.txt")"
+check "a parent's targets" "" "$(cmake --build "$scratch/parent" --target help | sed 's/^\.\.\. //' |
+    grep -E '^[a-z_]+(:|$)' | sed 's/:.*//' | grep -vE '^(kx|(cache|host)_c|all$|clean$|depend$|edit_cache$|rebuild_cache$|help$)')"
+check "what a parent installs" "" "$(grep -l libkxutil "$scratch/parent/cmake_install.cmake" || true)"

@@ -4,34 +4,25 @@
 #
 #   use_installed.sh PREFIX SCRATCH
 #
-# Takes CC, CXX, JAVA and CMAKE_GENERATOR from the environment, and LIBDIR and VERSION as the
+# Takes CC, CXX, JAVA, PKG_CONFIG and CMAKE_GENERATOR from the environment, and LIBDIR and VERSION as the
 # installation should have them.
 set -euo pipefail
 prefix=$1 scratch=$2
 component=$(cd "$(dirname "$0")/component" && pwd)
+# shellcheck source=tests/package/checks.sh
+. "$(dirname "$0")/checks.sh"
 export PKG_CONFIG_PATH=$prefix/$LIBDIR/pkgconfig
-
-quietly() {
-    "$@" > "$scratch/log" 2>&1 || { cat "$scratch/log" >&2; return 1; }
-}
-
-check() {  # what, expected, actual
-    [ "$2" = "$3" ] || { printf '%s: expected "%s", got "%s"\n' "$1" "$2" "$3" >&2; exit 1; }
-}
-
-check_host() {
-    check "$1" "[DEBUG][cache  ] 15 of 16 slots used" "$("$1" cache=debug 2>&1)"
-    check "$1" 'No such logging module "cash"' "$("$1" cash=debug 2>&1)"
-}
 
 quietly cmake -S "$component" -B "$scratch/cmake" -D CMAKE_PREFIX_PATH="$prefix" -D VERSION="$VERSION"
 quietly cmake --build "$scratch/cmake"
 check_host "$scratch/cmake/host_c"
 check_host "$scratch/cmake/host_cpp"
+check "a component stays loaded" NODELETE "$(readelf -d "$scratch/cmake/libcache_c.so" | grep -o NODELETE)"
 check "jar" "$prefix/share/java/kxutil.jar" "$(sed -n 's/^kxutil_JAR:.*=//p' "$scratch/cmake/CMakeCache.txt")"
 
-check "pkg-config" "$VERSION" "$(pkg-config --modversion kxutil)"
-read -ra flags <<< "$(pkg-config --cflags --libs kxutil) -Wl,-rpath,$(pkg-config --variable=libdir kxutil)"
+check "pkg-config" "$VERSION" "$($PKG_CONFIG --modversion kxutil)"
+check "paths of pkg-config" "" "$($PKG_CONFIG --cflags --libs kxutil | grep -F .. || true)"
+read -ra flags <<< "$($PKG_CONFIG --cflags --libs kxutil) -Wl,-rpath,$($PKG_CONFIG --variable=libdir kxutil)"
 build_plainly() {  # folder, compiler and language
     local folder=$scratch/$1
     shift
@@ -52,5 +43,5 @@ class Pid {
     }
 }
 EOF
-check "java" true "$("$JAVA" -Djava.library.path="$prefix/$LIBDIR" -cp "$(pkg-config --variable=jar kxutil)" \
+check "java" true "$("$JAVA" -Djava.library.path="$prefix/$LIBDIR" -cp "$($PKG_CONFIG --variable=jar kxutil)" \
     "$scratch/Pid.java")"
