@@ -106,7 +106,7 @@ TEST_F(RobustLogging, NoLineIsLostAndABlockStaysTogetherWhileTheStreamIsSwitched
     EXPECT_TRUE(lines.empty()) << "before " << *lines.begin();
 }
 
-// A pipe whose reader takes 20 lines a second; six printers fill it.
+// A pipe whose reader takes 20 lines a second; the printers keep more waiting.
 TEST_F(RobustLogging, PrintersToASlowPipeKeepNoOptionOut) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, 0), 0);
@@ -117,7 +117,7 @@ TEST_F(RobustLogging, PrintersToASlowPipeKeepNoOptionOut) {
     });
     ASSERT_EQ(files("busy=/proc/self/fd/" + std::to_string(ends[1])), 0);
     const auto printers =
-        busy_threads(6, [](int, int) { logPrint(DBG_BUSY, MSG_QUIET, "%0990d", 0); });
+        busy_threads(40, [](int, int) { logPrint(DBG_BUSY, MSG_QUIET, "%0990d", 0); });
     usleep(400'000);
     expect_within_a_second([] { files("busy=/dev/null"); });
     close(ends[1]);
