@@ -9,6 +9,7 @@
 #include "support/test_logger.h"
 
 #include <unistd.h>
+#include <sstream>
 
 static FILE* const sink = fopen("/dev/null", "a");
 

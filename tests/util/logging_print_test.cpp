@@ -9,8 +9,6 @@
 
 // Formats that the compiler would warn of are meant here.
 #pragma GCC diagnostic ignored "-Wformat-security"
-#pragma GCC diagnostic ignored "-Wformat-overflow"
-#pragma GCC diagnostic ignored "-Wformat-truncation"
 
 using std::string;
 
@@ -143,7 +141,8 @@ TEST(LogSprintf, WritesWhatThePlatformsFormatterWrites) {
         expect_as_platform("%ld|%lld|%zd|%lu|%llx|%zu", value, value, value, value, value, value);
     }
     expect_as_platform("%s, %s and %%s%%", "a string", "");
-    expect_as_platform("%s", static_cast<const char*>(nullptr));
+    const char* volatile no_string = nullptr;  // the compiler would warn of a null pointer
+    expect_as_platform("%s", no_string);
     expect_as_platform("%s %c%5d|%-5d|%05.1f|%p|%hhd", "then", 'c', 7, 7, 1.25, nullptr, 300);
     expect_as_platform("%ls %lc %2d", L"wide", L'c', 7);
     char buf[8], untouched = '#';

@@ -17,6 +17,7 @@
 #include <chrono>
 #include <functional>
 #include <set>
+#include <sstream>
 #include <thread>
 
 using std::string;
@@ -69,8 +70,7 @@ struct RobustLogging : testing::Test {
     }
 };
 
-template <typename Action>
-static void expect_within_a_second(Action action) {
+static void expect_within_a_second(const std::function<void()>& action) {
     const auto start = std::chrono::steady_clock::now();
     action();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
