@@ -1,6 +1,6 @@
 #include "osal/export/osal_assert.h"
 #include "osal/export/osal_msmalloc.h"
-#include "support/faults.h"
+#include "support/platform.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "support/faults.h"
+#include "support/platform.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -1,13 +1,12 @@
 #include "support/platform.h"
-#include "support/faults.h"
 
-#include "osal/export/linux/osal_files_pd.h"
 #include "osal/export/osal_assert.h"
 #include "osal/export/osal_msmalloc.h"
 #include "osal/export/osal_threads.h"
 #include "osal/export/osal_timing.h"
 
 #include <dlfcn.h>
+#include <climits>
 #include <cstring>
 
 thread_local Platform platform;
@@ -43,36 +42,20 @@ void msFree(mspace, void* ptr) {
 }
 
 bool timingFormatCurrentTime(TimeBuffer buf) {
-    if (!platform.time_text)
+    if (platform.time_text == nullptr)
         return REAL(timingFormatCurrentTime)(buf);
-    std::strcpy(buf, platform.time_text->c_str());
-    return !platform.time_text->empty();
+    return *std::strcpy(buf, platform.time_text) != '\0';
 }
 
-#define SETTABLE(type, name, setting)                               \
-    type name() {                                                   \
-        return platform.setting ? *platform.setting : REAL(name)(); \
+// The widest times, and ids with fewer digits than their column.
+#define STANDS_STILL(type, name, value)                                \
+    type name() {                                                      \
+        return platform.time_text != nullptr ? (value) : REAL(name)(); \
     }
-SETTABLE(s8, timingGetCurrentTimeMillis, millis)
-SETTABLE(nanotime, timingGetCurrentTimeNanos, nanos)
-SETTABLE(int, osGetProcessID, process_id)
-SETTABLE(int, threadGetCurrentID, thread_id)
-
-fio_fd fio_open(const char* path, int flags) {
-    const fio_fd fd = REAL(fio_open)(path, flags);
-    platform.open_flags = flags;
-    platform.open_files += fd != -1;
-    return fd;
-}
-
-int fio_close(fio_fd fd) {
-    platform.open_files--;
-    return REAL(fio_close)(fd);
-}
-
-filesize fio_fdsize(fio_fd fd) {
-    return platform.file_size ? *platform.file_size : REAL(fio_fdsize)(fd);
-}
+STANDS_STILL(s8, timingGetCurrentTimeMillis, LONG_MAX)
+STANDS_STILL(nanotime, timingGetCurrentTimeNanos, LONG_MIN)
+STANDS_STILL(int, osGetProcessID, 42)
+STANDS_STILL(int, threadGetCurrentID, 4242)
 
 void assertReport(const char* expression, const char* file, int line, const char* function,
                   const char* format, ...) {

@@ -1,28 +1,40 @@
-// A platform layer under a test's control. A test program that links platform.cpp defines these
-// operations itself, so the library calls the test's instead of libkxosal.so's; each forwards to
-// the real one unless told otherwise.
+// What a test may do to the layers below the library, on its own thread.
+//
+// A test program that links platform.cpp defines operations of the platform layer itself, so the
+// library calls the test's instead of libkxosal.so's; each forwards to the real one unless told
+// otherwise. One that links faults.cpp replaces the C library's allocator, read() and write();
+// sanitizers bring their own allocator and keep it.
+//
+// A failing operation is given by its number: the n-th from now on fails, counted from 1; 0 for
+// none.
 #ifndef TESTS_SUPPORT_PLATFORM_H
 #define TESTS_SUPPORT_PLATFORM_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
 struct Platform {
-    size_t failing_allocation = 0;  // the n-th from now on fails, counted from 1
-    long live_blocks = 0;           // gsMalloc, gsRealloc and msRealloc less those released
+    size_t failing_allocation = 0;
+    long live_blocks = 0;  // gsMalloc, gsRealloc and msRealloc less those released
     bool keeps_sizes = false;
-    std::vector<size_t> allocations = {};       // the sizes asked for, when kept
-    std::optional<std::string> time_text = {};  // the empty text makes formatting fail
-    std::optional<long> millis = {}, nanos = {};
-    std::optional<int> process_id = {}, thread_id = {};
-    int open_flags = 0;                     // of the last fio_open
-    int open_files = 0;                     // fio_open less fio_close
-    std::optional<long> file_size = {};     // what fio_fdsize says
+    std::vector<size_t> allocations = {};   // the sizes asked for, when kept
+    const char* time_text = nullptr;        // not null: clocks and ids stand still; "" has no text
     std::vector<std::string> reports = {};  // failed checks, as "expression|file|function|format"
 };
 
-// The state of the running test on its own thread; assign Platform{} to go back to the real layer.
+// Assign Platform{} to go back to the real layer.
 extern thread_local Platform platform;
+
+struct Faults {
+    size_t failing_allocation = 0, failing_read = 0, failing_write = 0;
+    int error = 0;           // of the failing read or write; 0 lets it transfer one byte
+    size_t allocations = 0;  // so far; none at all under a sanitizer
+    long live_blocks = 0;    // allocations less releases
+};
+extern __thread Faults faults;
+
+inline bool strikes(size_t& countdown) {
+    return countdown > 0 && --countdown == 0;
+}
 
 #endif

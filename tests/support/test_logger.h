@@ -5,12 +5,11 @@
 
 #include "util/export/logging.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <new>
+#include <list>
 #include <string>
 #include <vector>
-
-#pragma GCC diagnostic ignored "-Wpedantic"  // a record with a trailing array is made here
 
 struct TestModule {
     const char *name, *alias = nullptr;
@@ -28,38 +27,20 @@ struct TestLoggerParts {
 
 // Makes and, unless told otherwise, registers a logger; the names must outlive it.
 inline logger* make_logger(const TestLoggerParts& given, bool registers = true) {
-    const size_t count = given.modules.size();
-    const size_t size = sizeof(logger) + count * sizeof(logmodule);
-    char* memory = static_cast<char*>(std::malloc(size + sizeof given));
-    const auto& parts = *new (memory + size) TestLoggerParts(given);  // its tables stay in use
-    auto* log = new (memory) logger{nullptr,
-                                    count,
-                                    parts.max_decoration_size,
-                                    parts.obsoletes.size(),
-                                    parts.obsoletes.data(),
-                                    parts.msg_default,
-                                    parts.sanity_default,
-                                    {}};
-    std::copy(parts.decorators.begin(), parts.decorators.end(), log->extended_decorators);
-    for (size_t i = 0; i < count; i++) {
-        const TestModule& m = parts.modules[i];
-        auto* level = new MsgLevel(parts.msg_default);
-        auto* sanity = new SanityLevel(parts.sanity_default);
-        new (&log->loggers[i])
-            logmodule{nullptr, {m.name, m.alias}, 0,           level, sanity, log,
-                      nullptr, m.is_default,      m.is_linked, 0};
-    }
+    static auto& made = *new std::list<TestLoggerParts>;  // whose tables stay in use
+    const auto& [modules, obsoletes, decorators, size, level, sanity] = made.emplace_back(given);
+    void* const memory = std::malloc(sizeof(logger) + modules.size() * sizeof(logmodule));
+    auto* log = new (memory) logger{nullptr,          modules.size(), size,   obsoletes.size(),
+                                    obsoletes.data(), level,          sanity, {}};
+    std::ranges::copy(decorators, log->extended_decorators);
+    logmodule* next = log->loggers;
+    for (const auto& [name, alias, is_default, is_linked] : modules)
+        new (next++) logmodule{
+            nullptr, {name, alias}, 0,          new MsgLevel(level), new SanityLevel(sanity),
+            log,     nullptr,       is_default, is_linked,           0};
     if (registers)
         _log_add_logger(log);
     return log;
-}
-
-// Prints a message whatever the level is, as a component's generated _logforceprint does.
-inline void print(logger* log, LogModule module, MsgLevel level, const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    _logforceprintv(log, module, level, format, args);
-    va_end(args);
 }
 
 inline int files(const std::string& option) {

@@ -15,78 +15,109 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <chrono>
+#include <functional>
 #include <set>
+#include <sstream>
 #include <thread>
 
 using std::string;
 
-// Threads that print numbered lines without pause, as long as the result lives.
-static std::vector<std::jthread> printers(int count) {
+static logger* const holders = make_logger({{{"first"}, {"second"}}});
+
+// Threads that do something without pause, as long as the result lives. The action gets the
+// thread's number and how often it has been called before.
+static std::vector<std::jthread> busy_threads(int count, std::function<void(int, int)> action) {
     std::vector<std::jthread> threads;
     for (int t = 0; t < count; t++)
-        threads.emplace_back([t](const std::stop_token& stop) {
+        threads.emplace_back([=](const std::stop_token& stop) {
             for (int i = 0; !stop.stop_requested(); i++)
-                logPrint(DBG_BUSY, MSG_QUIET, "%d:%d", t, i);
+                action(t, i);
         });
     usleep(10'000);
     return threads;
 }
 
+static void print_line(int t, int i) {
+    logPrint(DBG_BUSY, MSG_QUIET, "%d:%d", t, i);
+}
+
+static void write_block() {
+    const LogStream out(DBG_BUSY);
+    fprintf(out, "<");
+    usleep(1000);
+    fprintf(out, ">\n");
+}
+
+// The lines of a text, of which no two are the same.
+static std::set<string> lines_of(const string& text) {
+    std::istringstream in(text);
+    std::set<string> lines;
+    for (string line; std::getline(in, line);)
+        EXPECT_TRUE(lines.insert(line).second) << line;
+    return lines;
+}
+
 struct RobustLogging : testing::Test {
     TempFolder folder;
-    const string log = folder.file("log");
+    const string log = folder.file("log"), other = folder.file("other");
 
     void SetUp() override {
         alarm(60);  // instead of hanging
         ASSERT_EQ(files("busy=" + log), 0);
     }
     void TearDown() override {
-        files("busy=stderr");
+        files("stderr");
     }
 };
 
-template <typename Action>
-static void expect_within_a_second(Action action) {
+static void expect_within_a_second(const std::function<void()>& action) {
     const auto start = std::chrono::steady_clock::now();
     action();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
+// Two threads open and close files, so the list of open files is in danger, too.
 TEST_F(RobustLogging, PrintersKeepNoOptionAndNoComponentOut) {
-    const auto threads = printers(6);
-    const std::jthread mover([](const std::stop_token& stop) {
-        for (int i = 0; i < 10 || !stop.stop_requested(); i++)
-            expect_within_a_second(
-                [i] { files(i % 2 == 0 ? "busy=/dev/null" : "busy=/dev/full"); });
+    const auto printers = busy_threads(6, print_line);
+    const auto movers = busy_threads(2, [](int, int i) {
+        expect_within_a_second([i] { files(i % 2 == 0 ? "busy=/dev/null" : "busy=/dev/full"); });
     });
-    std::vector<std::jthread> setters;
-    for (int t = 0; t < 3; t++)
-        setters.emplace_back([](const std::stop_token& stop) {
-            while (!stop.stop_requested())
-                _log_set_sanitylevel(nullptr, 0, SANITY_CHECK);
-        });
+    const auto setters =
+        busy_threads(3, [](int, int) { _log_set_sanitylevel(nullptr, 0, SANITY_CHECK); });
     for (int i = 0; i < 5; i++)
         expect_within_a_second([] { make_logger({.modules = {{"late"}}}); });
 }
 
-// A pipe whose reader takes 20 lines a second; six printers fill it.
+// Others hold the files open: naming a closed file empties it.
+TEST_F(RobustLogging, NoLineIsLostAndABlockStaysTogetherWhileTheStreamIsSwitched) {
+    constexpr int PRINTERS = 4;
+    ASSERT_EQ(files("first=" + log + ",second=" + other), 0);
+    {
+        const auto printers = busy_threads(PRINTERS, print_line);
+        for (int i = 0; i < 2000; i++)
+            EXPECT_EQ(files(i % 2 == 0 ? "busy=>second" : "busy=>first"), 0);
+        write_block();
+    }
+    std::set<string> lines = lines_of(read_file(log) + read_file(other));
+    EXPECT_EQ(lines.erase("<>"), 1U);
+    for (int t = 0; t < PRINTERS; t++)
+        for (int i = 0; lines.erase(std::to_string(t) + ":" + std::to_string(i)) > 0;)
+            i++;
+    EXPECT_TRUE(lines.empty()) << "before " << *lines.begin();
+}
+
+// A pipe whose reader takes 20 lines a second; the printers keep more waiting.
 TEST_F(RobustLogging, PrintersToASlowPipeKeepNoOptionOut) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, 0), 0);
     fcntl(ends[1], F_SETPIPE_SZ, 4096);
-    const std::jthread reader([&ends](const std::stop_token& stop) {
-        for (char lines[1000]; !stop.stop_requested() && read(ends[0], lines, sizeof lines) > 0;)
-            usleep(50'000);
-        close(ends[0]);
+    const auto reader = busy_threads(1, [&ends](int, int) {
+        char lines[1000];
+        usleep(read(ends[0], lines, sizeof lines) > 0 ? 50'000 : 0);
     });
-    signal(SIGPIPE, SIG_IGN);
     ASSERT_EQ(files("busy=/proc/self/fd/" + std::to_string(ends[1])), 0);
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 6; t++)
-        threads.emplace_back([](const std::stop_token& stop) {
-            while (!stop.stop_requested())
-                logPrint(DBG_BUSY, MSG_QUIET, "%0990d", 0);
-        });
+    const auto printers =
+        busy_threads(40, [](int, int) { logPrint(DBG_BUSY, MSG_QUIET, "%0990d", 0); });
     usleep(400'000);
     expect_within_a_second([] { files("busy=/dev/null"); });
     close(ends[1]);
@@ -100,7 +131,7 @@ TEST_F(RobustLogging, AHolderOfAStreamMayPrintAndSetDecorations) {
     EXPECT_EQ(logParseLogDecorations(","), 0);
     expect_within_a_second([] {
         for (int i = 0; i < 100; i++)
-            logPrint(DBG_BUSY, MSG_QUIET, "line of a holder %d", i);
+            print_line(0, i);
     });
     EXPECT_EQ(_loggers.loggers[DBG_BUSY].out, held);
     _log_release_stream(&_loggers, DBG_BUSY, held);
@@ -108,33 +139,24 @@ TEST_F(RobustLogging, AHolderOfAStreamMayPrintAndSetDecorations) {
     EXPECT_NE(_loggers.loggers[DBG_BUSY].out, held);
 }
 
-// What is written reaches the file when the function ends, which is before the thread does: frames
-// that cancellation skips confuse the address sanitizer.
-[[gnu::noinline]] static void write_block() {
-    const LogStream out(DBG_BUSY);
-    fprintf(out, "block");
+// Frames that cancellation skips confuse the address sanitizer, so the thread has left the
+// function that prints when it is cancelled.
+static void* print_and_end(void* print) {
+    reinterpret_cast<void (*)()>(print)();
+    pthread_testcancel();
+    return nullptr;
 }
 
 TEST_F(RobustLogging, AThreadCancelledWhileItPrintsLeavesNoLock) {
-    using Body = void* (*)(void*);
-    const Body bodies[] = {[](void*) -> void* {
-                               logPrint(DBG_BUSY, MSG_QUIET, "line");
-                               pthread_testcancel();
-                               return nullptr;
-                           },
-                           [](void*) -> void* {
-                               write_block();
-                               pthread_testcancel();
-                               return nullptr;
-                           }};
-    for (const Body body : bodies) {
+    for (void (*print)() : {+[] { print_line(0, 0); }, write_block}) {
         int ends[2];
         ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
         ASSERT_EQ(files("busy=/proc/self/fd/" + std::to_string(ends[1])), 0);
         while (write(ends[1], "full", 4) > 0) {
         }
         pthread_t thread;
-        ASSERT_EQ(pthread_create(&thread, nullptr, body, nullptr), 0);
+        ASSERT_EQ(pthread_create(&thread, nullptr, print_and_end, reinterpret_cast<void*>(print)),
+                  0);
         usleep(20'000);
         pthread_cancel(thread);
         usleep(20'000);
@@ -157,30 +179,25 @@ TEST_F(RobustLogging, AChildStartsWithFreeLocksAndNoLinesOfOthers) {
 #endif
     for (const bool holding : {false, true}) {
         {
-            const auto threads = printers(3);
+            const auto printers = busy_threads(3, print_line);
             FILE* const held = holding ? _log_acquire_stream(&_loggers, DBG_BUSY) : nullptr;
             const pid_t child = fork();
-            if (child == 0)
-                alarm(10);
+            alarm(30);  // a child inherits none
             if (holding)
                 _log_release_stream(&_loggers, DBG_BUSY, held);
             if (child == 0) {
-                logPrint(DBG_BUSY, MSG_QUIET, "child %d", holding);
-                const int moved = files("busy=" + folder.file("child"));
-                make_logger({.modules = {{"in the child"}}});
+                logPrint(DBG_BUSY, MSG_QUIET, "child");
+                make_logger({{{"in the child"}}});
+                const int moved = files("in the child=stderr,busy=" + other);
                 logPrint(DBG_BUSY, MSG_QUIET, "moved");
-                _exit(moved != 0 || logParseMsgLevelsEx("in the child", nullptr, 0, nullptr) != 0);
+                _exit(moved);
             }
             int status = -1;
             waitpid(child, &status, 0);
             EXPECT_EQ(status, 0);
         }
-        EXPECT_EQ(read_file(folder.file("child")), "moved\n");
-        std::istringstream lines(read_file(log));
-        std::set<string> seen;
-        for (string line; std::getline(lines, line);)
-            EXPECT_TRUE(seen.insert(line).second) << line;
-        EXPECT_EQ(seen.count("child " + std::to_string(holding)), 1U);
+        EXPECT_EQ(read_file(other), "moved\n");
+        EXPECT_EQ(lines_of(read_file(log)).count("child"), 1U);
         files("busy=stderr,busy=" + log);  // which empties it
     }
 }
@@ -193,25 +210,10 @@ TEST_F(RobustLogging, AComponentStaysLoadedAndFilesAreNotInherited) {
     EXPECT_EQ(fcntl(fileno(_loggers.loggers[DBG_BUSY].out), F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(RobustLogging, AHeldStreamKeepsABlockTogether) {
-    {
-        const auto threads = printers(2);
-        const LogStream out(DBG_BUSY);
-        fprintf(out, "<");
-        usleep(1000);
-        fprintf(out, ">\n");
-    }
-    EXPECT_NE(("\n" + read_file(log)).find("\n<>\n"), string::npos);
-}
-
-TEST_F(RobustLogging, AStatementPrintsOnceWhenEnabledAndEvaluatesNothingElse) {
-    int modules = 0, levels = 0, arguments = 0;
-    for (const MsgLevel level : {MSG_DEBUG, MSG_ERROR, MSG_WARN, MSG_INFO}) {
-        if (level != MSG_DEBUG)
-            logPrint((modules++, DBG_BUSY), (levels++, level), "%d%s", level, (arguments++, "!"));
-        else
-            logPrint(DBG_BUSY, MSG_WARN, "no arguments");
-    }
-    EXPECT_TRUE(modules == 3 && levels == 3 && arguments == 2);
-    EXPECT_EQ(read_file(log), "no arguments\n1!\n2!\n");
+TEST_F(RobustLogging, AStatementEvaluatesOnceAndItsArgumentsOnlyWhenEnabled) {
+    int evaluated = 0;
+    for (const MsgLevel level : {MSG_ERROR, MSG_WARN, MSG_INFO})
+        logPrint((evaluated++, DBG_BUSY), (evaluated++, level), "%d", ++evaluated);
+    EXPECT_EQ(evaluated, 8);
+    EXPECT_EQ(read_file(log), "3\n6\n");
 }
