@@ -37,11 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         subject.separators += line.c_str()[0];
         subject.strings.push_back(line.empty() ? "" : line.c_str() + 1);
     }
-    size_t length = subject.strings.size();
-    for (const std::string& s : subject.strings)
-        length += s.size();
-    const bool compare = std::ranges::count(list, '*') <= 4 && length <= 60;  // ends soon
-    require(!compare || glob_matches(list, subject) == should_match(list, subject));
+    if (std::ranges::count(list, '*') <= 4 && size <= 80)  // ends soon
+        require(glob_matches(list, subject) == should_match(list, subject));
 
     patternset set;
     require(patternSetCreate(&set, list.c_str()) == 0);
@@ -49,13 +46,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if ((c != ' ' && c != ',') || commas.empty() || commas.back() != ',')
             commas += c == ' ' ? ',' : c;
     require(list_of(set) == commas);
-    MatchType first = NOMATCH;
-    for (unsigned i = set.num_patterns; i-- > 0;)
-        if (glob_matches(set.patterns[i].str, subject))
-            first = set.patterns[i].type;
-    std::vector<const char*> strs = pointers(subject);
-    require(first == patternSetMatchArray(&set, strs.data(), static_cast<unsigned>(strs.size()),
-                                          subject.separators.data()));
     patternSetFree(&set);
     return 0;
 }

@@ -13,15 +13,10 @@ struct Subject {
     std::string separators;            // one for each boundary
 };
 
-inline std::vector<const char*> pointers(const Subject& subject) {
-    std::vector<const char*> result;
-    for (const std::string& s : subject.strings)
-        result.push_back(s.c_str());
-    return result;
-}
-
 inline bool glob_matches(const std::string& glob, const Subject& subject) {
-    std::vector<const char*> strs = pointers(subject);
+    std::vector<const char*> strs;
+    for (const std::string& s : subject.strings)
+        strs.push_back(s.c_str());
     return globMatchArray(glob.c_str(), strs.data(), static_cast<unsigned>(strs.size()),
                           strs.size() > 1 ? subject.separators.data() : nullptr);
 }

@@ -5,6 +5,7 @@
 #include <pthread.h>
 #include <random>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 using std::string;
@@ -182,16 +183,14 @@ TEST(Json, ReadsNumbersAsThePlatformDoes) {
 static void ignore(JSONType, const JSONVal*, void*) {}
 
 TEST(Json, CutsTheErrorTextToEveryBuffer) {
-    for (const char* document :
-         {"{ a: 1,\n  b: 2 c: 3 }", "[1", "\xFF", "['open\n", "'\xE6\x97\xA5'"}) {
-        const string whole = outcome_of(document).error;
-        for (size_t errlen = 1; errlen < 60; errlen++)
-            EXPECT_EQ(outcome_of(document, errlen).error, cut_error(whole, errlen));
-        char untouched[] = "untouched";
-        EXPECT_EQ(jsonParse(document, ignore, nullptr, untouched, 0), -1);
-        EXPECT_STREQ(untouched, "untouched");
-        EXPECT_EQ(jsonParse(document, ignore, nullptr, nullptr, 50), -1);
-    }
+    const char* const document = "{ a: 1,\n  b: 2 c: 3 }";
+    const string whole = outcome_of(document).error;
+    for (size_t errlen = 1; errlen < 60; errlen++)
+        EXPECT_EQ(outcome_of(document, errlen).error, cut_error(whole, errlen));
+    char untouched[] = "untouched";
+    EXPECT_EQ(jsonParse(document, ignore, nullptr, untouched, 0), -1);
+    EXPECT_STREQ(untouched, "untouched");
+    EXPECT_EQ(jsonParse(document, ignore, nullptr, nullptr, 50), -1);
     EXPECT_EQ(outcome_of("{a:1 b:2}", 27).error, "Bad character, line 1, \"b\"");
     EXPECT_EQ(outcome_of("{a:1 b:2}", 24).error, "Bad character, line 1, ");
 }
@@ -212,60 +211,41 @@ TEST(Json, AbortsFromEveryKindOfEvent) {
 }
 
 // Reads INNER from within the callback, then aborts or goes on.
-struct Nest {
-    const char* inner;
-    bool abort_outer;
+static void expect_nested(const string& inner, bool aborts, const string& expected) {
     string told;
-};
-
-static void nest(JSONType type, const JSONVal* value, void* arg) {
-    auto* nest = static_cast<Nest*>(arg);
-    if (type != JSON_STRING)
-        return;
-    nest->told += json_outcome(nest->inner, 5000, 2).error + ';';
-    nest->told += value->str.utf8 + string(1, ';');
-    if (nest->abort_outer)
-        jsonAbort("%s %d", "outer", 7);
+    auto nest = [&](JSONType type, const JSONVal* value) {
+        if (type != JSON_STRING)
+            return;
+        told += json_outcome(inner.c_str(), 5000, 2).error + ';' + value->str.utf8 + ';';
+        if (aborts)
+            jsonAbort("%s %d", "outer", 7);
+    };
+    const auto call = [](JSONType type, const JSONVal* value, void* arg) {
+        (*static_cast<decltype(nest)*>(arg))(type, value);
+    };
+    char error[100];
+    EXPECT_EQ(jsonParse("[first\n[second] ;", call, &nest, error, sizeof error), -1);
+    EXPECT_EQ(told, expected);
+    EXPECT_STREQ(error, aborts ? "outer 7, line 1, \"first\"" : "Missing value, line 2, \";\"");
 }
 
 TEST(Json, NestsParses) {
-    const string long_inner = "[" + string(1000, 'i') + "}";
-    const std::tuple<const char*, bool, const char*> CASES[] = {
-        {"[]", false, ";first;;second;"},
-        {"[[\nx]]", false, "stop, line 2, \"x]]\";first;stop, line 2, \"x]]\";second;"},
-        {"[[[1]]]", true, "stop, line 1, \"[1]]]\";first;"},
-        {long_inner.c_str(), true, "Missing value, line 1, \"}\";first;"},
-    };
-    for (const auto& [inner, abort_outer, told] : CASES) {
-        Nest state = {inner, abort_outer, ""};
-        char error[100];
-        EXPECT_EQ(jsonParse("[first\n[second] ;", nest, &state, error, sizeof error), -1);
-        EXPECT_EQ(state.told, told);
-        EXPECT_STREQ(error,
-                     abort_outer ? "outer 7, line 1, \"first\"" : "Missing value, line 2, \";\"");
-    }
+    expect_nested("[]", false, ";first;;second;");
+    expect_nested("[[\nx]]", false, "stop, line 2, \"x]]\";first;stop, line 2, \"x]]\";second;");
+    expect_nested("[[[1]]]", true, "stop, line 1, \"[1]]]\";first;");
+    expect_nested("[" + string(1000, 'i') + "}", true, "Missing value, line 1, \"}\";first;");
 }
 
-// On a stack of 256 KiB.
 static void expect_deep(const string& document, const string& events) {
-    std::pair<const char*, JsonOutcome> parse = {document.c_str(), {}};
-    const auto run = [](void* arg) -> void* {
-        auto& [text, outcome] = *static_cast<decltype(parse)*>(arg);
-        outcome = json_outcome(text);
-        return nullptr;
-    };
-    pthread_attr_t attributes;
-    pthread_t thread;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &parse), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    EXPECT_TRUE(parse.second.events == events) << parse.second.error;
+    std::thread([&] { EXPECT_TRUE(json_outcome(document.c_str()).events == events); }).join();
 }
 
 TEST(Json, NestsDeeplyOnASmallStack) {
     constexpr size_t DEEP = 1000000;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
     expect_deep(repeated(DEEP, "[") + repeated(DEEP, "]"),
                 repeated(DEEP, "[") + repeated(DEEP, "],"));
     expect_deep(repeated(DEEP, "[{a:") + "1" + repeated(DEEP, "}]"),

@@ -3,6 +3,7 @@
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <pmmintrin.h>
 #include <cfenv>
 #include <clocale>
 #include <cmath>
@@ -16,51 +17,73 @@ struct Case {
     const char* error = "";
 };
 
-// Every case starts with this value, which most failures leave.
-constexpr long UNTOUCHED = 77;
-
 struct Failures {
     const char* error;
     std::vector<const char*> texts;
 };
 
+// Every case starts with the value 77, which most failures leave.
 template <typename Value>
-static void check(Parser<Value>* parser, const auto& cases, const std::vector<Failures>& failures) {
-    std::vector<Case<Value>> all(std::begin(cases), std::end(cases));
+static void check(Parser<Value>* parser, std::vector<Case<Value>> cases,
+                  const std::vector<Failures>& failures) {
     for (const auto& [error, texts] : failures)
         for (const char* text : texts)
-            all.push_back({text, (Value)UNTOUCHED, error});
-    for (const Case<Value>& c : all) {
-        const Parsed<Value> parsed = parse(parser, c.text, (Value)UNTOUCHED);
-        EXPECT_EQ(parsed.value, c.value) << c.text;
-        EXPECT_EQ(parsed.error, c.error) << c.text;
-        Value value = {};
-        EXPECT_EQ(parser(c.text, &value, nullptr), *c.error == '\0') << c.text;
+            cases.push_back({text, (Value)77L, error});
+    for (const auto& [text, value, error] : cases) {
+        const Parsed expected = {bits_of(value), error};
+        EXPECT_EQ(parse(parser, text, (Value)77L), expected) << text;
+        Value other = {};
+        EXPECT_EQ(parser(text, &other, nullptr), *error == '\0') << text;
+        EXPECT_TRUE(*error != '\0' || bits_of(other) == expected.first) << text;
     }
 }
 
-const Case<size_t> SIZE_CASES[] = {
-    {"64m", 67108864}, {"1G", 1073741824},   {" \t42", 42},
-    {"+5", 5},         {"0x400", 1024},      {"0X1k", 1024},
-    {"0x0x1", 1},      {"0x-1", UINT64_MAX},  // the conversion takes a sign of its own
-    {"10h", 16},       {"10Hk", 16384},      {"0x10h", 16},
-    {"12kb", 12288},   {"16g", 1ULL << 34},  {"18446744073709551615", UINT64_MAX},
-};
+const std::vector<Case<size_t>> SIZES = {{"64m", 67108864},
+                                         {"1G", 1073741824},
+                                         {" \t42", 42},
+                                         {"+5", 5},
+                                         {"0x400", 1024},
+                                         {"0X1k", 1024},
+                                         {"0x0x1", 1},
+                                         {"0x-1", UINT64_MAX},
+                                         {"10h", 16},
+                                         {"10Hk", 16384},
+                                         {"0x10h", 16},
+                                         {"12kb", 12288},
+                                         {"16g", 1ULL << 34},
+                                         {"18446744073709551615", UINT64_MAX},
+                                         {"18446744073709551616", UINT64_MAX},
+                                         {"0x10000000000000000", UINT64_MAX}};
+
+const std::vector<Case<void*>> ADDRESSES = {{"ff", (void*)255},    {"1e3", (void*)0x1e3},
+                                            {"1000", (void*)1000}, {"ak", (void*)10240},
+                                            {"1eh", (void*)0x1e},  {"+0x10", (void*)16}};
+
+const std::vector<Case<nanotime>> TIMES = {
+    {" 9 ns", 9},         {"+7us", 7000},        {"-5\tms", -5000000},   {"3s", 3000000000},
+    {"3m", 180000000000}, {"2h", 7200000000000}, {"1d", 86400000000000}, {"0", 0}};
 
 TEST(StrToSuffix, ScalesOrNamesTheFaultAndLeavesTheValue) {
-    check<size_t>(strToSuffixSize, SIZE_CASES,
-                  {{"illegal suffix", {"5t", "12 k", "10hh", "1\xE9"}},
-                   {"could not parse number", {"12b", "ff", "1eh", "", "  ", "0x", "h", "\xA0"}},
-                   {"negative value not allowed", {"-1", " -x"}}});
-    const Case<s8> longs[] = {{"-2k", -2048}, {"- 10h", -16}, {"--5", 5}};
-    check<s8>(strToSuffixLong, longs, {{"could not parse number", {"-", "-b"}}});
-    const Case<void*> addresses[] = {{"ff", (void*)255},    {"1e3", (void*)0x1e3},
-                                     {"1000", (void*)1000}, {"ak", (void*)10240},
-                                     {"1eh", (void*)0x1e},  {"+0x10", (void*)16}};
-    check<void*>(strToSuffixAddress, addresses, {{"could not parse number", {"", "+ff", "xff"}}});
+    check(strToSuffixSize, SIZES,
+          {{"illegal suffix", {"5t", "12 k", "10hh", "1\xE9"}},
+           {"could not parse number", {"12b", "ff", "1eh", "", "  ", "0x", "h", "\xA0"}},
+           {"negative value not allowed", {"-1", " -x"}}});
+    check<s8>(strToSuffixLong, {{"-2k", -2048}, {"- 10h", -16}, {"--5", 5}},
+              {{"could not parse number", {"-", "-b"}}});
+    check(strToSuffixAddress, ADDRESSES, {{"could not parse number", {"", "+ff", "xff"}}});
+    check(strToSuffixNanoTime, TIMES,
+          {{"unit required", {"10"}},
+           {"syntax error", {"ms", ""}},
+           {"illegal unit", {"5MS", "5sec", "0k"}}});
 }
 
-const Case<double> DOUBLE_CASES[] = {
+TEST(StrToBool, KnowsItsWords) {
+    check<bool>(strToBool, {{"", true}, {"1", true}, {"TRUE", true}, {"On", true}}, {});
+    check<bool>(strToBool, {{"0", false}, {"False", false}, {"OFF", false}},
+                {{"illegal boolean value", {"yes", " ", "01", "onn", "tru"}}});
+}
+
+const std::vector<Case<double>> DOUBLES = {
     {"-.5e1Gx", -5.0 * (1 << 30)},
     {" 1e+", 1},
     {"0x1p4k", 16384},
@@ -75,32 +98,15 @@ const Case<double> DOUBLE_CASES[] = {
 };
 
 TEST(StrToSuffixDouble, LeavesTheNumberBehindWhenItsSuffixIsWrong) {
-    check<double>(strToSuffixDouble, DOUBLE_CASES,
-                  {{"illegal floating point value", {"x", ".", ""}}});
+    check(strToSuffixDouble, DOUBLES, {{"illegal floating point value", {"x", ".", ""}}});
 }
 
-TEST(StrToSuffixNanoTime, NeedsAUnit) {
-    const Case<nanotime> times[] = {
-        {" 9 ns", 9},         {"+7us", 7000},        {"-5\tms", -5000000},   {"3s", 3000000000},
-        {"3m", 180000000000}, {"2h", 7200000000000}, {"1d", 86400000000000}, {"0", 0}};
-    check<nanotime>(strToSuffixNanoTime, times,
-                    {{"unit required", {"10"}},
-                     {"syntax error", {"ms", ""}},
-                     {"illegal unit", {"5MS", "5sec", "0k"}}});
-}
-
-static std::string characters(std::mt19937_64& random, size_t most) {
-    static const std::string ALL = "0019xXeEpPfahHkKmMgtsudniN+-.,()_ \t\n\v\x85\xA0\xFF";
-    std::string text;
-    for (size_t left = random() % (most + 1); left > 0; left--)
-        text += ALL[random() % ALL.size()];
-    return text;
-}
-
-static std::string near_number(std::mt19937_64& random) {
-    const u8 number = random() >> random() % 64;
-    return characters(random, 3) + (random() % 2 == 0 ? std::to_string(number) : "") +
-           characters(random, 4);
+// In a thread that takes subnormal numbers for 0, a product would be 0.
+TEST(StrToSuffixDouble, ReadsSubnormalNumbersInEveryThread) {
+    _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
+    const Parsed subnormal = parse(strToSuffixDouble, "1.5e-308");
+    _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_OFF);
+    EXPECT_EQ(subnormal, Parsed(bits_of(1.5e-308), ""));
 }
 
 // Mantissas of up to 20 digits with a point anywhere, or near the middle between two doubles.
@@ -117,21 +123,15 @@ static std::string any_double(std::mt19937_64& random) {
 
 static void compare_at_random(unsigned rounds) {
     std::mt19937_64 random(20260329);
-    for (unsigned round = 0; round < rounds; round++)
-        for (const std::string& text : {near_number(random), any_double(random)})
-            ASSERT_TRUE(parsers_agree(text.c_str())) << "'" << text << "'";
-}
-
-TEST(StrToSuffix, AgreesWithThePlatformsScannerOnRandomText) {
-    compare_at_random(300000);
+    for (std::string text; rounds > 0; rounds--)
+        ASSERT_TRUE(parsers_agree(text = any_double(random))) << "'" << text << "'";
 }
 
 TEST(StrToSuffixDouble, RoundsAsTheThreadAsksFor) {
-    for (int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    for (int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO, FE_TONEAREST}) {
         std::fesetround(mode);
-        compare_at_random(10000);
+        compare_at_random(mode == FE_TONEAREST ? 300000 : 10000);
     }
-    std::fesetround(FE_TONEAREST);
 }
 
 // A locale of the test's own, whose decimal point is a comma.
@@ -144,21 +144,10 @@ TEST(StrToSuffixDouble, TakesTheLocalesDecimalPoint) {
     (void)!system(("localedef -c -i '" + name + ".def' '" + name + "' >/dev/null 2>&1").c_str());
     setenv("LOCPATH", folder.file("").c_str(), 1);
     ASSERT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);
-    EXPECT_EQ(parse(strToSuffixDouble, "1,5k").value, 1536);
-    EXPECT_EQ(parse(strToSuffixDouble, "1.5k").error, "illegal suffix");
+    EXPECT_EQ(parse(strToSuffixDouble, "1,5k"), Parsed(bits_of(1536.0), ""));
+    EXPECT_EQ(parse(strToSuffixDouble, "1.5k").second, "illegal suffix");
     compare_at_random(20000);
     setlocale(LC_NUMERIC, "C");
-}
-
-TEST(StrToBool, KnowsItsWords) {
-    for (const char* text : {"", "1", "TRUE", "On"})
-        EXPECT_TRUE(parse(strToBool, text, false).value) << text;
-    for (const char* text : {"0", "False", "OFF"})
-        EXPECT_FALSE(parse(strToBool, text, true).value) << text;
-    for (const char* text : {"yes", " ", "01", "onn", "tru"}) {
-        EXPECT_EQ(parse(strToBool, text).error, "illegal boolean value") << text;
-        EXPECT_TRUE(parse(strToBool, text, true).value) << text;
-    }
 }
 
 TEST(StrSuffixToMultiplier, KnowsSixCharacters) {
