@@ -23,6 +23,7 @@ TEST(StreamWriter, WritesWhatAStringHoldsInPiecesThatThePlatformCanCount) {
     streamwriter w;
     std::memset(&w, 0x5a, sizeof w);
     sw_init(&w, fio_open(path.c_str(), FIO_READ | FIO_WRITE), 0);
+    EXPECT_TRUE(writes.empty());
     std::mt19937_64 random(20260329);
     std::string expected;
     for (int i = 0; i < 20000; i++) {
