@@ -307,6 +307,6 @@ FACILITIES["java"] = Facility(
     [Case("line", "line to a file"), Case("off", "statement that is off")],
     [
         Target("line", PEER, 3.0, ["FileHandler"]),
-        Target("off", BEYOND_LIMIT, 2.0),
+        Target("off", BEYOND_LIMIT, 0.6),
     ],
 )

@@ -1,21 +1,20 @@
 import demo.Vm;
+import java.io.*;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.*;
 import java.util.*;
 import java.util.concurrent.*;
+import java.util.concurrent.atomic.AtomicLong;
 import java.util.function.IntConsumer;
 import veltra.kestrum.log.NativeLogModule;
-import veltra.kestrum.log.NativeLogModule.Level;
-import veltra.kestrum.log.NativeLogModule.Sanity;
-import veltra.kestrum.os.NativeLibrary;
+import veltra.kestrum.log.NativeLogModule.*;
+import veltra.kestrum.os.*;
 import veltra.kestrum.os.Process;
-import veltra.kestrum.os.Timing;
 
 /**
- * The Java classes over the library in a real virtual machine, with the components of the examples.
- *
- * <p>Usage: BridgeTest LIBRARY_FOLDER SECONDS, with java.library.path leading to the components
- * only. Many threads print for SECONDS. The first failed check ends it.
+ * The Java classes over the library in a real virtual machine, with the components of the examples,
+ * which alone java.library.path leads to. Many threads print for SECONDS. The first failed check
+ * ends it. Usage: BridgeTest LIBRARY_FOLDER SECONDS
  */
 public final class BridgeTest {
     private static final int PRINTERS = 6; // of which two are native code
@@ -27,109 +26,115 @@ public final class BridgeTest {
         "--decorations millis,nanos,osthreadid", "--decorations ",
         "--log jit=trace,gc=debug,heap", "--log jit=quiet,gc=info,heap=quiet",
         "--sanity gc=check,jit", "--sanity none"};
-    private static final LongSummaryStatistics CHANGES = new LongSummaryStatistics(); // nanoseconds
+    private static final AtomicLong LONGEST = new AtomicLong(); // option or load, in nanoseconds
     private static volatile boolean done;
     private static String folder;
-    private static long lines;
 
     public static void main(String[] args) throws Exception {
         folder = Files.createTempDirectory("kxutil_java").toString();
         try {
-            System.setProperty(NativeLibrary.FOLDER_PROPERTY, folder);
-            same("java.lang.UnsatisfiedLinkError: Cannot load " + folder + "/libkxutil.so",
-                    thrownBy(NativeLibrary::load).split(",")[0]);
+            failsToLoad(folder + "\0", "Can't load"); // no Path can be made of it
+            Files.copy(Path.of(args[0], "libkxutil.so"), Path.of(folder, "libkxutil.so"));
+            failsToLoad(folder, "libkxosal.so: cannot open");
             System.setProperty(NativeLibrary.FOLDER_PROPERTY, args[0]);
             Vm.start();
             sharesModules(NativeLogModule.get("collector"), NativeLogModule.get("VM"));
             printsTexts(NativeLogModule.get("VM"));
             readsProcessAndCounter();
-            int rounds = 0;
+            long lines = 0;
             long end = System.nanoTime() + Integer.parseInt(args[1]) * 1_000_000_000L;
-            for (; System.nanoTime() < end; rounds++) {
-                printsFromManyThreads(rounds);
+            for (int round = 0; System.nanoTime() < end; round++) {
+                lines += printsFromManyThreads(round);
             }
-            System.out.println(rounds + " rounds, " + lines + " lines, " + CHANGES.getCount()
-                    + " option changes, the longest " + CHANGES.getMax() / 1_000_000 + " ms");
+            System.out.println(lines + " lines, the longest option or load " + LONGEST + " ns");
         } finally {
             done = true;
             new ProcessBuilder("rm", "-r", folder).start();
         }
     }
 
+    private static void failsToLoad(String from, String why) {
+        System.setProperty(NativeLibrary.FOLDER_PROPERTY, from);
+        String told = thrownBy(NativeLibrary::load).toString();
+        require(told.startsWith(UnsatisfiedLinkError.class.getName() + ": Cannot load " + from
+                + "/libkxutil.so, in the folder that -Dveltra.kestrum.library.folder names (")
+                && told.contains(why), told);
+    }
+
     private static void sharesModules(NativeLogModule gc, NativeLogModule vm) throws Exception {
-        same(List.of("VM", "deopt", "gc", "gc", "heap", "inline", "jit", "sweep", "util"),
-                NativeLogModule.names());
         NativeLogModule linked = NativeLogModule.get("gc"); // the newest of that name
-        same(List.of("gc", Optional.of("collector"), Optional.empty(), Level.WARN, Sanity.NONE),
-                List.of(gc.name(), gc.alias(), linked.alias(), gc.defaultLevel(), gc.defaultSanity()));
         option("--log gc=trace,VM=error");
         option("--sanity gc=check");
-        same(List.of(Level.TRACE, Level.ERROR, Sanity.CHECK, Sanity.NONE),
-                List.of(gc.level(), vm.level(), gc.sanity(), vm.sanity()));
-        same(List.of(true, false, true, false), List.of(gc.isChecked(Sanity.CHECK),
-                gc.isChecked(Sanity.DEBUG), vm.isEnabled(Level.ERROR), vm.isEnabled(Level.WARN)));
+        same(List.of("gc", Optional.of("collector"), Optional.empty(), Level.WARN, Sanity.NONE,
+                List.of("VM", "deopt", "gc", "gc", "heap", "inline", "jit", "sweep", "util"),
+                Level.TRACE, Sanity.CHECK, true, false, Level.ERROR, Sanity.NONE, true, false), List.of(
+                gc.name(), gc.alias(), linked.alias(), gc.defaultLevel(), gc.defaultSanity(),
+                NativeLogModule.names(),
+                gc.level(), gc.sanity(), gc.isChecked(Sanity.CHECK), gc.isChecked(Sanity.DEBUG),
+                vm.level(), vm.sanity(), vm.isEnabled(Level.ERROR), vm.isEnabled(Level.WARN)));
         vm.setLevel(Level.DEBUG);
         vm.setSanity(Sanity.TRACE);
-        Vm.list(folder + "/listing");
-        same("\tVM: level=DEBUG, decorations=3, sanity=TRACE", take("listing").get(0));
-        option("--log-file %s/log");
-        linked.setLevel(Level.QUIET);
-        Vm.collect(1);
-        linked.setLevel(Level.INFO);
-        Vm.collect(2);
-        same(List.of("[INFO ][gc     ] native: round 2"), take("log"));
+        Vm.list(folder + "/list");
+        same("\tVM: level=DEBUG, decorations=3, sanity=TRACE", contents("list").split("\n")[0]);
     }
 
     private static void printsTexts(NativeLogModule vm) throws Exception {
+        String million = "caf\u00e9" + "x".repeat(1_000_000);
+        String cut = "[TRACE][VM     ] caf\u00c3\u00a9" + "x".repeat(1022 - 5) + "\n";
+        String chars = "\0\u00e9\u20ac"; // 7 bytes, 146 times in a line, 143 times in the first
+        String bytes = "\u00c0\u0080\u00c3\u00a9\u00e2\u0082\u00ac";
+        Exception thrown = new Exception(chars.repeat(143 + 146) + "end", new Error("cause"));
+        thrown.addSuppressed(new Error("suppressed"));
+        StringWriter trace = new StringWriter();
+        thrown.printStackTrace(new PrintWriter(trace));
         option("--log-file VM=%s/texts");
         vm.print(Level.TRACE, "%s %n 100%"); // whatever the level is
-        vm.print(Level.TRACE, "caf\u00e9" + "x".repeat(10_000));
+        vm.print(Level.TRACE, million);
+        vm.print(Level.TRACE, million.substring(0, 1023));
         option("--log VM=warn");
         vm.log(Level.INFO, "off");
-        vm.log(Level.WARN, "\ud83d\ude00"); // two surrogates, encoded one by one
-        same(List.of("[TRACE][VM     ] %s %n 100%",
-                "[TRACE][VM     ] caf\u00c3\u00a9" + "x".repeat(1022 - 5),
-                "[WARN ][VM     ] \u00ed\u00a0\u00bd\u00ed\u00b8\u0080"), take("texts"));
-        same("java.lang.IllegalArgumentException: no such logmodule",
-                thrownBy(() -> NativeLogModule.get("verbosegc"))); // has retired
-        same("java.lang.NullPointerException: ", thrownBy(() -> vm.print(Level.ERROR, null)));
+        vm.log(Level.INFO, () -> Objects.requireNonNull(null));
+        vm.log(Level.INFO, "off", thrown);
+        vm.log(Level.WARN, () -> "\ud83d\ude00"); // two surrogates, encoded one by one
+        vm.log(Level.WARN, "on", thrown);
+        same("[TRACE][VM     ] %s %n 100%\n" + cut + cut + "\u00ed\u00a0\u00bd\u00ed\u00b8\u0080\non\n"
+                + trace.toString().replace(chars.repeat(143 + 146),
+                        bytes.repeat(143) + "\n" + bytes.repeat(146) + "\n"),
+                contents("texts").replace("[WARN ][VM     ] ", ""));
+        Throwable unknown = thrownBy(() -> NativeLogModule.get("verbosegc")); // has retired
+        same("java.lang.IllegalArgumentException: no such logmodule", unknown.toString());
+        require(unknown.getCause().getMessage().contains("\"verbosegc\""), "no name");
+        require(thrownBy(() -> vm.print(Level.WARN, null)) instanceof NullPointerException, "null");
     }
 
-    private static void readsProcessAndCounter() throws Exception {
+    private static void readsProcessAndCounter() {
         same(ProcessHandle.current().pid(), (long) Process.getpid());
-        long java = System.nanoTime();
-        long ticks = Timing.counterTime();
-        long passed = Timing.nanoTime() - Timing.toNanos(ticks);
-        java = System.nanoTime() - java;
-        require(passed > 0 && passed <= java, "the counter: " + passed + " of " + java);
-        same(1_000_000_000L, Timing.toNanos(Timing.ticksPerSecond()));
-        var convert = Timing.class.getDeclaredMethod("toNanos", long.class, long.class);
-        convert.setAccessible(true);
-        same(9_000_000_000_333_333_333L, convert.invoke(null, 27_000_000_001_000_000L, 3_000_000L));
+        long before = System.nanoTime(); // of the same clock
+        long now = Timing.nanoTime();
+        require(before <= now && now <= System.nanoTime(), "the counter: " + now);
+        same(1_000_000_000L, Timing.ticksPerSecond());
+        same(27_000_000_001_000_000L, Timing.toNanos(27_000_000_001_000_000L)); // without overflow
     }
 
     // Without pauses, while options change, modules are listed and components register. "jit" and
     // "inline" hold a file each, between which "gc" moves; each line is in one, once and whole.
-    private static void printsFromManyThreads(int round) throws Exception {
+    private static int printsFromManyThreads(int round) throws Exception {
         option("--log quiet,gc=info");
         option("--log-file %1$s/one,inline=%1$s/two");
         done = false;
         List<CompletableFuture<Integer>> threads = new ArrayList<>();
         for (int p = 0; p < PRINTERS; p++) {
             NativeLogModule module = NativeLogModule.get(p % 2 == 0 ? "gc" : "jit");
-            threads.add(repeat(p * MAX_LINES,
-                    p < 2 ? Vm::collect : id -> module.print(Level.INFO, text(id))));
+            threads.add(repeat(p, p < 2 ? Vm::collect : id -> module.print(Level.INFO, text(id))));
         }
-        IntConsumer change = n -> option(OPTIONS[ThreadLocalRandom.current().nextInt(OPTIONS.length)]);
-        threads.add(repeat(0, change));
-        threads.add(repeat(0, change));
-        threads.add(repeat(0, n -> NativeLogModule.names()));
-        threads.add(repeat(0, n -> Vm.list("/dev/null")));
+        IntConsumer change = n -> option(OPTIONS[(int) (Math.random() * OPTIONS.length)]);
+        threads.addAll(List.of(repeat(0, change), repeat(0, change),
+                repeat(0, n -> NativeLogModule.names()), repeat(0, n -> Vm.list("/dev/null"))));
         for (int i = 0; i < 16; i++) {
             Thread.sleep(20);
             if (round < 30) { // there is no room for thousands of libraries
-                Path copy = Path.of(folder, "component" + round + "." + i);
-                Files.copy(Path.of(System.getProperty("java.library.path"), "libvm.so"), copy);
+                Path component = Path.of(System.getProperty("java.library.path"), "libvm.so");
+                Path copy = Files.copy(component, Path.of(folder, "component" + round + "." + i));
                 timed(() -> System.load(copy.toString()));
             }
         }
@@ -137,21 +142,21 @@ public final class BridgeTest {
         threads.forEach(CompletableFuture::join);
         option("--log-file stderr");
         BitSet found = new BitSet();
-        for (String line : take("one", "two")) {
+        for (String line : (contents("one") + contents("two")).split("\n")) {
             String text = line.replaceFirst("(\\[[^]]*])* ?", "");
             int id = Integer.parseInt(text.replaceAll("\\D", ""));
             require(text.equals(text(id)) && !found.get(id), "torn or twice: " + line);
             found.set(id);
         }
         for (int p = 0; p < PRINTERS; p++) {
-            same(threads.get(p).join(), found.nextClearBit(p * MAX_LINES)); // the first that is lost
+            same(threads.get(p).join(), found.nextClearBit(p * MAX_LINES)); // the first one lost
         }
-        lines += found.cardinality();
+        return found.cardinality();
     }
 
-    private static CompletableFuture<Integer> repeat(int first, IntConsumer action) {
+    private static CompletableFuture<Integer> repeat(int printer, IntConsumer action) {
         return CompletableFuture.supplyAsync(() -> {
-            int id = first;
+            int id = printer * MAX_LINES;
             while (!done) {
                 action.accept(id++);
             }
@@ -160,7 +165,7 @@ public final class BridgeTest {
     }
 
     private static String text(int id) {
-        return id < 2 * MAX_LINES ? "native: round " + id : "java " + id + " " + "-".repeat(id % 200 + 1);
+        return id < 2 * MAX_LINES ? "native: round " + id : "java " + id + "-".repeat(id % 200);
     }
 
     private static void option(String option) {
@@ -169,32 +174,18 @@ public final class BridgeTest {
     }
 
     private static void timed(Runnable change) {
-        long nanos = System.nanoTime();
+        long start = System.nanoTime();
         change.run();
-        nanos = System.nanoTime() - nanos;
-        require(nanos < 1_000_000_000, "an option or a load took " + nanos + " ns");
-        synchronized (CHANGES) {
-            CHANGES.accept(nanos);
-        }
+        long longest = LONGEST.accumulateAndGet(System.nanoTime() - start, Math::max);
+        require(longest < 1_000_000_000, "an option or a load took " + longest + " ns");
     }
 
-    // The lines of files, which are gone then.
-    private static List<String> take(String... names) throws Exception {
-        List<String> lines = new ArrayList<>();
-        for (String name : names) {
-            lines.addAll(Files.readAllLines(Path.of(folder, name), StandardCharsets.ISO_8859_1));
-            Files.delete(Path.of(folder, name));
-        }
-        return lines;
+    private static String contents(String name) throws IOException {
+        return Files.readString(Path.of(folder, name), StandardCharsets.ISO_8859_1);
     }
 
-    private static String thrownBy(Runnable action) {
-        try {
-            action.run();
-        } catch (Throwable e) {
-            return e.toString();
-        }
-        throw new AssertionError("nothing thrown");
+    private static Throwable thrownBy(Runnable action) {
+        return CompletableFuture.runAsync(action).handle((none, e) -> e.getCause()).join();
     }
 
     private static void same(Object expected, Object actual) {

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 class TempFolder {
@@ -13,8 +12,7 @@ class TempFolder {
         mkdtemp((std::filesystem::temp_directory_path() / "kxutil_XXXXXX").string().data());
 
   public:
-    TempFolder() = default;
-    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(TempFolder&&) = delete;  // which rules out copies, too
     ~TempFolder() {
         std::filesystem::remove_all(path_);
     }
@@ -26,9 +24,8 @@ class TempFolder {
 
 // The whole contents of a file; empty when it cannot be read.
 inline std::string read_file(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 #endif

@@ -1,59 +1,57 @@
-// What tests/java cannot provoke of the natives for Java: failures of the virtual machine, for
-// which there is a table of functions here. All of them are one, which notes the call and gives
-// back its first argument; strings, classes and references are plain texts.
+// What tests/java cannot provoke of the natives for Java: a virtual machine without memory. Here it
+// is a table of functions, all of which are one: it notes a letter for each call and gives back its
+// first argument. Strings and classes are plain texts.
 
-#include "osal/export/osal_timing.h"
+#include "support/faults.h"
 #include "support/platform.h"
 #include "support/test_logger.h"
 
 #include <gtest/gtest.h>
 #include <jni.h>
-#include <algorithm>
 #include <bit>
+#include <functional>
 #include <map>
 #include <utility>
 
-#define LOG_NATIVE(name) Java_veltra_kestrum_log_NativeLogModule_##name
+#define NATIVE(name) Java_veltra_kestrum_log_NativeLogModule_##name
 
 extern "C" {
-void LOG_NATIVE(initIDs)(JNIEnv*, jclass);
-jobject LOG_NATIVE(getModule0)(JNIEnv*, jobject, jstring);
-jobjectArray LOG_NATIVE(getModuleNames0)(JNIEnv*, jclass);
-void LOG_NATIVE(output)(JNIEnv*, jclass, jlong, jint, jstring);
+void NATIVE(initIDs)(JNIEnv*, jclass);
+jobject NATIVE(getModule0)(JNIEnv*, jobject, jstring);
+jobjectArray NATIVE(getModuleNames0)(JNIEnv*, jclass);
+void NATIVE(output)(JNIEnv*, jclass, jlong, jint, jstring);
 jlong Java_veltra_kestrum_os_Timing_init(JNIEnv*, jclass);
 }
 
 using std::string;
 
-static string calls;         // made so far, each with its blank
-static size_t failing_call;  // the n-th that may fail, counted from 1
-
 #define PLACE(function) (offsetof(JNINativeInterface_, function) / sizeof(void*))
 
-// How a call is noted, in capitals when it may fail; its first argument follows a colon.
-static const std::map<size_t, const char*> NOTES = {{PLACE(FindClass), "Class:"},
-                                                    {PLACE(NewGlobalRef), "Global:"},
-                                                    {PLACE(GetMethodID), "Method:"},
-                                                    {PLACE(NewObjectV), "Object:"},
-                                                    {PLACE(GetStringUTFChars), "Chars:"},
-                                                    {PLACE(NewStringUTF), "String:"},
-                                                    {PLACE(NewObjectArray), "Array"},
-                                                    {PLACE(NewDirectByteBuffer), "Buffer"},
-                                                    {PLACE(RegisterNatives), "Natives:"},
-                                                    {PLACE(ReleaseStringUTFChars), "release:"},
-                                                    {PLACE(SetObjectArrayElement), "set"},
-                                                    {PLACE(DeleteLocalRef), "delete:"},
-                                                    {PLACE(ThrowNew), "throw:"}};
+// Capitals may fail.
+static const std::map<size_t, char> LETTERS = {{PLACE(FindClass), 'C'},
+                                               {PLACE(NewGlobalRef), 'G'},
+                                               {PLACE(GetMethodID), 'M'},
+                                               {PLACE(NewObjectV), 'O'},
+                                               {PLACE(GetStringUTFChars), 'U'},
+                                               {PLACE(NewStringUTF), 'S'},
+                                               {PLACE(NewObjectArray), 'A'},
+                                               {PLACE(NewDirectByteBuffer), 'B'},
+                                               {PLACE(RegisterNatives), 'N'},
+                                               {PLACE(ReleaseStringUTFChars), 'u'},
+                                               {PLACE(SetObjectArrayElement), 'a'},
+                                               {PLACE(DeleteLocalRef), 'd'},
+                                               {PLACE(ThrowNew), 't'}};
+
+static string calls, thrown;
+static size_t failing_call;  // the n-th that may fail, counted from 1
 
 template <size_t place>
-static void* call(JNIEnv*, void* a, void* b) {
-    const auto found = NOTES.find(place);
-    string note = found != NOTES.end() ? found->second : "unexpected";
-    if (note.back() == ':')
-        note += static_cast<const char*>(place == PLACE(ThrowNew) ? b : a);
-    std::replace(note.begin(), note.end(), ' ', '_');
-    calls += note + " ";
-    const bool fails = note[0] <= 'Z' && failing_call > 0 && --failing_call == 0;
+static const char* call(JNIEnv*, const char* a, const char* b) {
+    const auto found = LETTERS.find(place);
+    calls += found != LETTERS.end() ? found->second : '?';
+    if (place == PLACE(FindClass) || place == PLACE(ThrowNew))
+        thrown = place == PLACE(FindClass) ? a : thrown + ": " + b;
+    const bool fails = isupper(calls.back()) && strikes(failing_call);
     return fails != (place == PLACE(RegisterNatives)) ? nullptr : a;  // 0 when it registers
 }
 
@@ -64,94 +62,43 @@ static JNIEnv make_jni(std::index_sequence<places...>) {
 }
 
 static JNIEnv jni = make_jni(std::make_index_sequence<sizeof(JNINativeInterface_) / 8>());
-static const char* const module_class = "Module";
-static const auto clazz = std::bit_cast<jclass>(module_class);
-// More modules than a listing has room for without memory.
-static logger* const many = make_logger({.modules = std::vector<TestModule>(300, {"many"})});
-static logger* const mills = make_logger(
-    {.modules = {{"mill", "grinder"}}, .obsoletes = {{"old", "mill", 0, MSG_INFO, OBSOLETE_WARN}}});
+static const char *const known = "mill", *const unknown = "none";
+static const auto mill = std::bit_cast<jstring>(known), none = std::bit_cast<jstring>(unknown);
+static const auto clazz = std::bit_cast<jclass>(known);
+static logger* const mills = make_logger({.modules = {{known, "grinder"}}});
 
-static bool module(const char* name) {
-    return LOG_NATIVE(getModule0)(&jni, nullptr, std::bit_cast<jstring>(name));
-}
+// What it calls, and which of the calls makes its result; '-' when it has none.
+const std::tuple<std::function<bool()>, string, char> NATIVES[] = {
+    {[] { return NATIVE(initIDs)(&jni, clazz), false; }, "GCGM", '-'},
+    {[] { return NATIVE(getModule0)(&jni, {}, mill); }, "UuASadSadBBO", 'O'},
+    {[] { return NATIVE(getModule0)(&jni, {}, none); }, "UuCt", '-'},
+    {[] { return NATIVE(getModuleNames0)(&jni, clazz); }, "ASadSad", 'A'},  // with "util"
+    {[] { return NATIVE(output)(&jni, clazz, (jlong)mills->loggers, 0, mill), false; }, "Uu", '-'},
+    {[] { return Java_veltra_kestrum_os_Timing_init(&jni, clazz) != 0; }, "N", 'N'}};
 
-static bool names() {
-    return LOG_NATIVE(getModuleNames0)(&jni, clazz);
-}
-
-static bool output(const char* text) {
-    const auto java_text = std::bit_cast<jstring>(text);
-    LOG_NATIVE(output)(&jni, clazz, (jlong)&mills->loggers[0], MSG_TRACE, java_text);
-    return true;
-}
-
-static string calls_for_names() {
-    string all = "Array ";
-    for (size_t i = 0; i < 302; i++) {
-        const string name = i < 300 ? "many" : i == 300 ? "mill" : "util";
-        all += "String:" + name + " set delete:" + name + " ";
-    }
-    return all;
-}
-
-struct NativeCase {
-    bool (*native)();
-    string calls;
-    string result = "";  // the call that makes it; "" when there is none
-};
-
-const NativeCase NATIVE_CASES[] = {
-    {[] { return LOG_NATIVE(initIDs)(&jni, clazz), true; },
-     "Global:Module Class:java/lang/String Global:java/lang/String Method:Module "},
-    {[] { return module("mill"); },
-     "Chars:mill release:mill Array String:mill set delete:mill String:grinder set delete:grinder "
-     "Buffer Buffer Object:Module ",
-     "Object"},
-    {[] { return module("old"); },
-     "Chars:old release:old Class:java/lang/IllegalArgumentException throw:no_such_logmodule ",
-     "Object"},
-    {[] { return module(nullptr); }, "Class:java/lang/NullPointerException throw: ", "Object"},
-    {[] { return output(""); }, "Chars: release: "},
-    {[] { return output(nullptr); }, "Class:java/lang/NullPointerException throw: "},
-    {names, calls_for_names(), "Array"},
-    {[] {
-         return Java_veltra_kestrum_os_Timing_init(&jni, clazz) == (jlong)timingGetCounterFreq();
-     },
-     "Natives:Module ", "Natives"},
-};
-
-// The n-th call that may fail does, which leaves an exception pending: no other call follows. After
-// that, the locks are free again.
+// A call that fails leaves an exception pending: no other may follow.
 TEST(JavaNatives, MakeNoFurtherCallWhenOneFails) {
-    NATIVE_CASES[0].native();  // makes the ids
-    for (const NativeCase& c : NATIVE_CASES) {
-        calls.clear();
-        EXPECT_EQ(c.native(), c.calls.find(c.result) != string::npos);
-        ASSERT_EQ(calls, c.calls);
-        size_t n = 0, end = 0;
-        for (size_t start = 0; start < c.calls.size(); start = end) {
-            end = c.calls.find(' ', start) + 1;
-            if (c.calls[start] > 'Z')
-                continue;
-            failing_call = ++n;
+    for (const auto& [native, expected, result] : NATIVES) {
+        size_t end = expected.size();  // of the calls that are made; at first, none fails
+        for (size_t n = 0; end > 0; n++) {
+            failing_call = n;
             calls.clear();
-            EXPECT_EQ(c.native(), c.result.empty() || c.calls.find(c.result) < start)
-                << n << c.calls;
-            EXPECT_EQ(calls, c.calls.substr(0, end));
+            EXPECT_EQ(native(), expected.find(result) < end - (n > 0)) << expected << n;
+            EXPECT_EQ(calls, expected.substr(0, end));
+            end = expected.find_first_of("ABCGMNOSU", n > 0 ? end : 0) + 1;
         }
     }
-    make_logger({{{"registered"}}});
 }
 
-TEST(JavaNatives, ThrowWithoutMemoryForTheList) {
+// More modules than a listing has room for without memory.
+TEST(JavaNatives, ListManyModulesOrThrowAndGiveBackMemoryAndLocks) {
+    make_logger({.modules = std::vector<TestModule>(300, {"many"})});
     platform = Platform{};
-    NATIVE_CASES[0].native();  // makes the ids
-    calls.clear();
     platform.failing_allocation = 1;
-    EXPECT_FALSE(names());
-    EXPECT_EQ(calls,
-              "Class:java/lang/OutOfMemoryError "
-              "throw:no_memory_for_the_list_of_log_modules ");
-    EXPECT_TRUE(names());
+    EXPECT_FALSE(NATIVE(getModuleNames0)(&jni, clazz));
+    EXPECT_EQ(thrown, "java/lang/OutOfMemoryError: no memory for the list of log modules");
+    failing_call = 9;
+    EXPECT_TRUE(NATIVE(getModuleNames0)(&jni, clazz));
     EXPECT_EQ(platform.live_blocks, 0);
+    make_logger({{{"registered"}}});
 }

@@ -23,11 +23,12 @@ TEST(StreamWriter, WritesWhatAStringHoldsInPiecesThatThePlatformCanCount) {
     streamwriter w;
     std::memset(&w, 0x5a, sizeof w);
     sw_init(&w, fio_open(path.c_str(), FIO_READ | FIO_WRITE), 0);
+    EXPECT_TRUE(writes.empty());
     std::mt19937_64 random(20260329);
     std::string expected;
     for (int i = 0; i < 20000; i++) {
         const uint64_t v = random(), swapped = __builtin_bswap64(v);
-        const std::string big_endian(reinterpret_cast<const char*>(&swapped), sizeof swapped);
+        const std::string big_endian((const char*)&swapped, sizeof swapped);
         const size_t length = random() % (i % 100 == 0 ? block.size() : 40);
         switch (random() % 5) {
             case 0: sw_u1(&w, v), expected += big_endian.substr(7); break;
@@ -44,18 +45,14 @@ TEST(StreamWriter, WritesWhatAStringHoldsInPiecesThatThePlatformCanCount) {
     EXPECT_TRUE(read_file(path) == expected.replace(1030, 2, "\x01\x02"));
 
     const size_t size = size_t{3} << 30, start = expected.size();
-    void* const untouchable =
-        mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* const untouchable = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     writes.clear();
     for (int i = 0; i < 2048 / 8; i++)
         sw_u8(&w, 1);
     for (size_t length : {10, 5000, 1020, 8, 0})  // the 8 do not fit
         sw_bytes(&w, length > 0 ? block.data() : nullptr, length);
-    EXPECT_EQ(w.stream_pos, start + 2048 + 10 + 5000 + 1020 + 8);
     discard = true;
     sw_bytes(&w, untouchable, size);
     EXPECT_EQ(writes, (std::vector{1024, 1024, 10, 5000, 1020, 8, 2147483647, 1073741825}));
     EXPECT_EQ(sw_position(&w), start + 2048 + 10 + 5000 + 1020 + 8 + size);
-    munmap(untouchable, size);
-    fio_close(w.out);
 }

@@ -86,7 +86,9 @@ public final class NativeLogModule {
     static {
         NativeLibrary.load();
         initIDs();
-        ByteBuffer none = ByteBuffer.allocate(Integer.BYTES);
+        // Of the class that native code makes: as long as no program loads another kind of IntBuffer,
+        // the compiler need not ask which one it reads.
+        ByteBuffer none = ByteBuffer.allocateDirect(Integer.BYTES);
         FINDER = new NativeLogModule(0, new String[] {""}, none, none, 0, 0);
     }
 

@@ -22,8 +22,7 @@ public final class NativeLibrary {
      * Loads the library unless that is done already. Any thread may call this at any time.
      *
      * @throws UnsatisfiedLinkError if the library cannot be loaded; its message names what was
-     *     looked for, where, and why it
-     *     failed
+     *     looked for, where, and why it failed
      */
     public static synchronized void load() {
         if (loaded) {
