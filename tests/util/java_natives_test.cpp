@@ -2,7 +2,6 @@
 // is a table of functions, all of which are one: it notes a letter for each call and gives back its
 // first argument. Strings and classes are plain texts.
 
-#include "support/faults.h"
 #include "support/platform.h"
 #include "support/test_logger.h"
 
