@@ -18,6 +18,10 @@
 #include <string.h>
 #include <time.h>
 #include <algorithm>
+#include <bit>
+#include <type_traits>
+
+static_assert(std::endian::native == std::endian::little, "columns are put together in words");
 
 constexpr size_t DECORATION_BYTES = 100;  // of one line's standard ones; extended ones add theirs
 constexpr size_t MESSAGE_BYTES = 1023;    // with its terminator, which the newline replaces
@@ -145,7 +149,8 @@ static void write_line(logmodule* m, const char* line, size_t length) {
     rwReadUnlock(&m->lock);
 }
 
-void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args) {
+void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt,
+              va_list* args) {
     const unsigned decorations = static_cast<unsigned>(d);
     size_t size = DECORATION_BYTES;
     if ((decorations >> NUM_STD_DECORATIONS) != 0)
@@ -167,15 +172,32 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
     osSetLastError(last_error);
 }
 
+// Where lists of arguments are passed by their address, a caller may pass none.
+template <typename List>
+static bool is_missing(const List& args) {
+    if constexpr (std::is_pointer_v<List>)
+        return args == nullptr;
+    else
+        return false;
+}
+
 void _logforceprintdecorationsv(logger* loggers, LogModule module, MsgLevel level, int decorations,
                                 const char* fmt, va_list args) {
-    logprint(loggers, &loggers->loggers[module], decorations, level, fmt, args);
+    logmodule* m = &loggers->loggers[module];
+    if (is_missing(args)) {
+        logprint(loggers, m, decorations, level, fmt, nullptr);
+        return;
+    }
+    va_list own;  // a parameter's address is not always that of a list
+    va_copy(own, args);
+    logprint(loggers, m, decorations, level, fmt, &own);
+    va_end(own);
 }
 
 void _logforceprintv(logger* loggers, LogModule module, MsgLevel level, const char* fmt,
                      va_list args) {
-    logmodule* m = &loggers->loggers[module];
-    logprint(loggers, m, static_cast<int>(load_word(&m->decorations)), level, fmt, args);
+    const unsigned decorations = load_word(&loggers->loggers[module].decorations);
+    _logforceprintdecorationsv(loggers, module, level, static_cast<int>(decorations), fmt, args);
 }
 
 void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level, int decorations,
