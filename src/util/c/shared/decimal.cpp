@@ -62,7 +62,11 @@ constexpr PowersOfFive make_powers() {
 constinit const PowersOfFive POWERS_OF_FIVE = make_powers();
 
 // Not localeconv(), which fills a record that all threads share.
+const char* decimal_point() {
+    return nl_langinfo(RADIXCHAR);
+}
+
 bool decimal_point_is_usual() {
-    const char* const point = nl_langinfo(RADIXCHAR);
+    const char* const point = decimal_point();
     return point[0] == '.' && point[1] == '\0';
 }

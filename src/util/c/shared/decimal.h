@@ -17,8 +17,8 @@
 
 constexpr int DECIMAL_DIGITS = 19;  // any number of that many digits fits a mantissa
 
-// The platform's conversions take the calling thread's locale's decimal point. True when that is
-// the point.
+// What the platform's conversions take for the decimal point: that of the calling thread's locale.
+const char* decimal_point();
 bool decimal_point_is_usual();
 
 __extension__ using uint128 = unsigned __int128;

@@ -1,18 +1,18 @@
 // Suffixed numbers, durations and booleans.
 //
-// What a number is, the platform's formatted scanner decides: signs and white space that its
-// conversions accept by themselves, "0x" within hexadecimal digits, numbers beyond 64 bits,
-// infinities, the locale's decimal point. Plain digits, which is what people type, are read here
-// instead; everything else goes to sscanf(), so that no rule of the scanner is told twice. A
-// reader here either gives what the scanner would give or declines.
+// What a number is, the platform's conversions decide: signs and white space that they accept by
+// themselves, "0x" within hexadecimal digits, numbers beyond 64 bits, infinities, the locale's
+// decimal point. Plain digits, which is what people type, are read here instead; everything else
+// goes to the conversions, so that none of their rules is told twice. A reader here either gives
+// what they would give or declines.
 
 #include "util/export/strparse.h"
 
 #include "util/c/shared/decimal.h"
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/posix/stringutil_pd.h"
 
 #include <ctype.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <bit>
@@ -137,17 +137,29 @@ static inline bool has_hex_prefix(const char* p) {
     return p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
 }
 
-// What "%lu%c%c" or "%lx%c%c" reads: how many items, the number, and the characters behind it,
-// which are NUL when they were not read.
+// How many items there are, of a number and up to two characters behind it, and these, which are
+// NUL when they are not there.
 struct Scanned {
     u8 number = 0;
     int items = 0;
     char c1 = '\0', c2 = '\0';
+
+    // What stands behind the number.
+    void take_rest(const char* end) {
+        items = 1;
+        if (*end != '\0') {
+            c1 = end[0];
+            c2 = end[1];
+            items = c2 == '\0' ? 2 : 3;
+        }
+    }
 };
 
 [[gnu::noinline, gnu::cold]] static Scanned scan_by_platform(const char* text, bool hex) {
     Scanned s;
-    s.items = sscanf(text, hex ? "%lx%c%c" : "%lu%c%c", &s.number, &s.c1, &s.c2);
+    const char* const end = unsigned_by_platform(text, hex ? 16 : 10, &s.number);
+    if (end != nullptr)
+        s.take_rest(end);
     return s;
 }
 
@@ -160,12 +172,7 @@ static inline Scanned scan(const char* text, bool hex) {
         return scan_by_platform(text, hex);
     if (digits > (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS))
         s.number = strtoul(text, nullptr, hex ? 16 : 10);  // saturates
-    s.items = 1;
-    if (*end != '\0') {
-        s.c1 = end[0];
-        s.c2 = end[1];
-        s.items = s.c2 == '\0' ? 2 : 3;
-    }
+    s.take_rest(end);
     return s;
 }
 
@@ -321,12 +328,12 @@ static inline bool read_double(const char* p, double* value) {
 bool strToSuffixDouble(const char* str, double* value, const char** error_msg) {
     if (read_double(str, value))
         return true;
-    char suffix = '\0';
-    if (sscanf(str, "%lf%c", value, &suffix) <= 0)
+    const char* const end = double_by_platform(str, value);
+    if (end == nullptr)
         return fail(error_msg, "illegal floating point value");
-    if (shift_of(suffix) == NO_MULTIPLIER)
+    if (shift_of(*end) == NO_MULTIPLIER)
         return fail(error_msg, "illegal suffix");
-    *value = multiplied(*value, suffix);
+    *value = multiplied(*value, *end);
     return true;
 }
 

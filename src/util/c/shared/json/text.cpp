@@ -6,10 +6,11 @@
 
 #include "util/c/shared/json/text.h"
 
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/utf8.h"
 
-#include <stdio.h>
 #include <wchar.h>
+#include <wctype.h>
 #include <algorithm>
 
 // The end of the comment whose slash is at p; p itself when none starts there.
@@ -76,16 +77,23 @@ static inline int plain_hex(const char* p, int count) {
     return value;
 }
 
+// A character of a number, which the platform's conversions take from ASCII.
+static char narrowed(wchar_t c) {
+    if (c < 0x80)
+        return static_cast<char>(c);
+    return iswspace(static_cast<wint_t>(c)) != 0 ? ' ' : '?';
+}
+
 // The value of any `count` characters as the platform reads them; moves the cursor past them.
 static wchar_t scanned_hex(json* js, const char** cursor, int count) {
-    wchar_t text[5] = {};
+    char text[5] = {};
     for (int i = 0; i < count; i++) {
-        text[i] = next_utf2wchar(cursor);
-        if (text[i] == 0)
+        text[i] = narrowed(next_utf2wchar(cursor));
+        if (text[i] == '\0')
             fail(js, js->extract, *cursor, "Unexpected end of input");
     }
-    unsigned value;
-    if (swscanf(text, L"%x", &value) != 1)
+    u8 value;
+    if (unsigned_by_platform(text, 16, &value) == nullptr)
         fail(js, js->extract, *cursor, "Bad format number");
     return static_cast<wchar_t>(value);
 }

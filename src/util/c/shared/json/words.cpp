@@ -1,11 +1,11 @@
-// Bare words in general. What a word means is decided by the platform's conversions, "%lf" for
-// words with a point or an "e" and then "%li"; what is read here is read as they would.
+// Bare words in general. What a word means is decided by the platform's conversions, to a double
+// for words with a point or an "e" and then to an integer; what is read here is read as they would.
 
 #include "util/c/shared/json/words.h"
 
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/posix/stringutil_pd.h"
 
-#include <stdio.h>
 #include <string.h>
 
 const char* scan_word(json* js, const char* token) {
@@ -111,25 +111,22 @@ static bool may_be_number(const char* word) {
     return kestrum_util_strnicmp(word, "inf", 3) == 0 || kestrum_util_strnicmp(word, "nan", 3) == 0;
 }
 
-// Newer C libraries take "0b1" for a number where a C++ program asks for "%li". A document means
-// the same everywhere.
-static bool is_binary(const char* word) {
-    word += *word == '-' || *word == '+';
-    return word[0] == '0' && (word[1] == 'b' || word[1] == 'B');
+// True when a number was found that ends with its word.
+static bool is_whole(const char* end) {
+    return end != nullptr && *end == '\0';
 }
 
 static bool try_send_number(json* js, const char* token, const char* end) {
     const char* const word = js->buffer;
     JSONVal value;
-    char rest;
     if (!may_be_number(word))
         return false;
-    if (strpbrk(word, ".e") != nullptr && sscanf(word, "%lf%c", &value.double_value, &rest) == 1) {
+    if (strpbrk(word, ".e") != nullptr && is_whole(double_by_platform(word, &value.double_value))) {
         deliver(js, token, end, JSON_FLOAT, &value);
         return true;
     }
     long integer;
-    if (is_binary(word) || sscanf(word, "%li%c", &integer, &rest) != 1)
+    if (!is_whole(integer_by_platform(word, &integer)))
         return false;
     value.int_value = integer;
     deliver(js, token, end, JSON_INTEGER, &value);
