@@ -48,7 +48,6 @@ system_headers_for() {
         util/export/logging_static_gen.h) echo "$c_headers pthread.h" ;;
         util/c/shared/logging/streams.cpp) echo "$c_headers $cpp_headers pthread.h stdio_ext.h" ;;
         util/c/shared/vector/*) echo "$c_headers $cpp_headers emmintrin.h immintrin.h arm_neon.h" ;;
-        util/c/shared/json/text.cpp) echo "$c_headers $cpp_headers wctype.h" ;;
         util/c/shared/json/index.cpp | util/c/shared/json/words.h) echo "$c_headers $cpp_headers immintrin.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;
         *) echo "$c_headers" ;;

@@ -42,7 +42,9 @@ const char* double_by_platform(const char* text, double* value) {
     if (end == text)
         return nullptr;
     if (is_letter(*start, 'n')) {
-        number = __builtin_copysign(__builtin_nan(""), number);  // not of the kind in parentheses
+        // Conversions differ in its sign, and take a kind in parentheses.
+        const double nan = __builtin_nan("");
+        number = start > text && start[-1] == '-' ? -nan : nan;
         end = start + 3;
     } else if (is_letter(*start, 'i')) {
         if (end == start + 3 && is_letter(*end, 'i'))

@@ -9,8 +9,8 @@
 #include "util/c/shared/platform_numbers.h"
 #include "util/export/utf8.h"
 
+#include <stdlib.h>
 #include <wchar.h>
-#include <wctype.h>
 #include <algorithm>
 
 // The end of the comment whose slash is at p; p itself when none starts there.
@@ -77,11 +77,18 @@ static inline int plain_hex(const char* p, int count) {
     return value;
 }
 
+// White space beyond ASCII, which counts where the locale's characters may have several bytes. Not
+// iswspace(), on which C libraries do not agree.
+static bool is_wide_space(wchar_t c) {
+    return MB_CUR_MAX > 1 && (c == 0x1680 || (c >= 0x2000 && c <= 0x200A && c != 0x2007) ||
+                              c == 0x2028 || c == 0x2029 || c == 0x205F || c == 0x3000);
+}
+
 // A character of a number, which the platform's conversions take from ASCII.
 static char narrowed(wchar_t c) {
     if (c < 0x80)
         return static_cast<char>(c);
-    return iswspace(static_cast<wint_t>(c)) != 0 ? ' ' : '?';
+    return is_wide_space(c) ? ' ' : '?';
 }
 
 // The value of any `count` characters as the platform reads them; moves the cursor past them.
