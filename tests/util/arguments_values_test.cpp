@@ -43,7 +43,7 @@ TEST(ArgConvert, StoresOnlyWhatConverts) {
         if (converts || c.type == NO_TYPE)
             argCopy(c.type, &to_copied, &value);
         EXPECT_EQ(memcmp(direct, copied, sizeof direct), 0);
-        EXPECT_STREQ(direct + c.width, "########" + c.width);
+        EXPECT_STREQ(direct + c.width, &"########"[c.width]);
         EXPECT_STREQ(error, c.error);
         EXPECT_STREQ(second_error, c.error);
     }

@@ -13,8 +13,10 @@
 
 // Formats that the compiler would warn of are meant here.
 #pragma GCC diagnostic ignored "-Wformat-security"
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wformat-overflow"
 #pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
 
 using std::string;
 
