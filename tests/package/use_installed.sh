@@ -5,7 +5,7 @@
 #   use_installed.sh PREFIX SCRATCH
 #
 # Takes CC, CXX, JAVA and CMAKE_GENERATOR from the environment, and LIBDIR and VERSION as the
-# installation should have them.
+# installation should have them. An empty JAVA stands for an installation without Java classes.
 set -euo pipefail
 prefix=$1 scratch=$2
 component=$(cd "$(dirname "$0")/component" && pwd)
@@ -28,7 +28,7 @@ quietly cmake -S "$component" -B "$scratch/cmake" -D CMAKE_PREFIX_PATH="$prefix"
 quietly cmake --build "$scratch/cmake"
 check_host "$scratch/cmake/host_c"
 check_host "$scratch/cmake/host_cpp"
-check "jar" "$prefix/share/java/kxutil.jar" "$(sed -n 's/^kxutil_JAR:.*=//p' "$scratch/cmake/CMakeCache.txt")"
+check "jar" "${JAVA:+$prefix/share/java/kxutil.jar}" "$(sed -n 's/^kxutil_JAR:.*=//p' "$scratch/cmake/CMakeCache.txt")"
 
 check "pkg-config" "$VERSION" "$(pkg-config --modversion kxutil)"
 read -ra flags <<< "$(pkg-config --cflags --libs kxutil) -Wl,-rpath,$(pkg-config --variable=libdir kxutil)"
@@ -44,6 +44,7 @@ build_plainly() {  # folder, compiler and language
 build_plainly plain_c "$CC" -std=c11
 build_plainly plain_cpp "$CXX" -std=c++17 -x c++
 
+[ -n "$JAVA" ] || exit 0
 cat > "$scratch/Pid.java" << EOF
 class Pid {
     public static void main(String[] args) {
