@@ -38,7 +38,6 @@
 
 #include <errno.h>
 #include <limits.h>
-#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <time.h>
@@ -55,6 +54,10 @@ constexpr unsigned GENERATIONS = 0xFF0;
 constexpr unsigned ONE_READER = 0x1000;
 constexpr unsigned HELD = WRITER | ~(ONE_READER - 1);  // by a writer or by readers
 
+// The kernel's numbers: its headers are not always where the C library's are.
+constexpr int FUTEX_WAIT_BITSET = 9;
+constexpr int FUTEX_WAKE_BITSET = 10;
+constexpr int FUTEX_PRIVATE_FLAG = 128;
 constexpr unsigned READER_MASK = 1;
 constexpr unsigned WRITER_MASK = 2;
 
