@@ -36,6 +36,8 @@
 
 #include "osal/export/osal_threads.h"
 
+#include "sharedinc/pause.h"
+
 #include <errno.h>
 #include <limits.h>
 #include <pthread.h>
@@ -231,7 +233,7 @@ static void wait_for_writer(volatile int* lock) {
         if ((now & WRITER) == 0)
             return;
         if (spins < SPINS) {
-            __builtin_ia32_pause();
+            pause_processor();
             continue;
         }
         if ((now & READERS_ASLEEP) != 0 ||
@@ -281,7 +283,7 @@ static bool take_over_for_reading(volatile int* lock) {
             continue;
         }
         if (spins < SPINS) {
-            __builtin_ia32_pause();
+            pause_processor();
             continue;
         }
         if ((now & marks) != marks &&

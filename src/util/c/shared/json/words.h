@@ -4,8 +4,8 @@
 
 #include "util/c/shared/decimal.h"
 #include "util/c/shared/json/json_internal.h"
+#include "util/c/shared/vector/block.h"
 
-#include <immintrin.h>
 #include <algorithm>
 
 // The end of the word at `token`, whose bytes go to the token buffer.
@@ -71,7 +71,7 @@ static inline bool send_short_decimal(json* js, const char* token, const char* e
     return true;
 }
 
-constexpr int SHORT_DIGITS = 16;
+constexpr int SHORT_DIGITS = BLOCK_BYTES;
 
 // Which of sixteen bytes are among the last n: all of them, from TAKEN + n on.
 alignas(16) inline constexpr signed char TAKEN[2 * SHORT_DIGITS] = {
@@ -79,24 +79,12 @@ alignas(16) inline constexpr signed char TAKEN[2 * SHORT_DIGITS] = {
     -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
 
 // Reads the `count` (1 to 16) characters before `end`, with 16 of them readable, when they are
-// digits. Neighbours are joined: digits to pairs, pairs to fours, fours to eight, eight to all.
+// digits.
 static inline bool read_short_integer(const char* end, int count, u8* value) {
-    const auto load = [](const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); };
-    const __m128i characters = load(end - SHORT_DIGITS);
-    const __m128i digits =
-        _mm_and_si128(_mm_sub_epi8(characters, _mm_set1_epi8('0')), load(TAKEN + count));
-    if (_mm_movemask_epi8(
-            _mm_cmpgt_epi8(_mm_min_epu8(digits, _mm_set1_epi8(10)), _mm_set1_epi8(9))) != 0)
+    const Block digits = (load_block(end - SHORT_DIGITS) - '0') & load_block(TAKEN + count);
+    if (bits_of(digits > 9) != 0)
         return false;
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i tens = _mm_set1_epi32(1 << 16 | 10);
-    const __m128i pairs = _mm_packs_epi32(_mm_madd_epi16(_mm_unpacklo_epi8(digits, zero), tens),
-                                          _mm_madd_epi16(_mm_unpackhi_epi8(digits, zero), tens));
-    const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
-    const __m128i eights =
-        _mm_madd_epi16(_mm_packs_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10000));
-    const u8 halves = static_cast<u8>(_mm_cvtsi128_si64(eights));
-    *value = (halves & 0xFFFFFFFF) * 100'000'000 + (halves >> 32);
+    *value = number_of(digits);
     return true;
 }
 

@@ -11,6 +11,7 @@
 
 #include "osal/export/osal_threads.h"
 #include "osal/export/osal_timing.h"
+#include "sharedinc/pause.h"
 #include "util/c/shared/logging/cancellation.h"
 
 #include <stdarg.h>
@@ -125,7 +126,7 @@ static bool try_to_lock(FILE* stream) {
         if (ftrylockfile(stream) == 0)
             return true;
         for (int i = 0; i < PAUSES_BETWEEN_ATTEMPTS; i++)
-            __builtin_ia32_pause();
+            pause_processor();
     }
     return false;
 }

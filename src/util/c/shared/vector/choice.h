@@ -4,9 +4,7 @@
 
 // The widest vectors that may be chosen, in bytes. Tests build the library with less, so that every
 // width is tested on one processor.
-#ifdef KX_NARROW
-#define KX_WIDEST 16
-#elif !defined(KX_WIDEST)
+#ifndef KX_WIDEST
 #define KX_WIDEST 64
 #endif
 
@@ -24,8 +22,5 @@ static const int vector_bytes = widest_vectors();
 #else
 constexpr int vector_bytes = 16;
 #endif
-
-// Marks a function that needs AVX2.
-#define WIDE [[gnu::target("avx2")]]
 
 #endif
