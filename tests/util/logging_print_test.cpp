@@ -104,11 +104,13 @@ TEST_F(Printing, LaysOutTheLineAndTakesTheFormatAsTextWithoutArguments) {
     EXPECT_EQ(line(0, MSG_WARN, 0, "before %ls after", unencodable), "before \n");
     ASSERT_EQ(files("gc=" + folder.file("texts")), 0);
     apply_log_decorations(log, "level");
+#if defined(__x86_64__)  // where a list of arguments may be null
     _logforceprintv(log, 0, MSG_WARN, "100%d %s", nullptr);
     const string percents(2000, '%');
     _logforceprintdecorationsv(log, 0, MSG_WARN, 0, percents.c_str(), nullptr);
     EXPECT_EQ(read_file(folder.file("texts")),
               "[WARN ] 100%d %s\n" + percents.substr(0, 1022) + "\n");
+#endif
 }
 
 // What the decorations may take together: 99 bytes, and 50 more with extended ones.
