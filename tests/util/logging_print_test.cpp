@@ -39,7 +39,7 @@ static char* overshooting_decorator(char* position, size_t* bytesLeft) {
     return position;
 }
 
-constexpr unsigned LEVEL = 1, MODULE = 2, TIME = 4, MILLIS = 8, NANOS = 16, TID = 32, PID = 64;
+constexpr unsigned LEVEL = 1, MODULE = 2, TIME = 4, TID = 32, PID = 64;
 constexpr unsigned STANDARD = 127, SHORT = 128, OVERSHOOTING = 256, GREEDY = 512, AGAIN = 1024,
                    NO_DECORATION = 2048 | 1U << 31;
 
