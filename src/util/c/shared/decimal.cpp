@@ -62,7 +62,7 @@ constexpr PowersOfFive make_powers() {
 constinit const PowersOfFive POWERS_OF_FIVE = make_powers();
 
 // Not localeconv(), which fills a record that all threads share.
-bool decimal_point_is_usual() {
+bool locale_has_point() {
     const char* const point = nl_langinfo(RADIXCHAR);
     return point[0] == '.' && point[1] == '\0';
 }
