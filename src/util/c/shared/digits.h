@@ -7,7 +7,7 @@
 
 #include <stddef.h>
 
-constexpr ptrdiff_t DECIMAL_DIGITS = 19;  // any number of that many digits fits 64 bits
+constexpr size_t DECIMAL_DIGITS = 19;  // any number of that many digits fits 64 bits
 
 struct HexDigits {
     unsigned char value[256];  // 16 for what is no digit
@@ -91,12 +91,12 @@ static inline const char* read_decimal(const char* p, Decimal* decimal) {
     *decimal = {};
     p = read_digits(p, &decimal->mantissa);
     decimal->integer_end = p;
-    ptrdiff_t digits = p - start;
+    size_t digits = static_cast<size_t>(p - start);
     if (*p == '.') {
         const char* const fraction = p + 1;
         p = read_digits(fraction, &decimal->mantissa);
         decimal->exponent = fraction - p;
-        digits += p - fraction;
+        digits += static_cast<size_t>(p - fraction);
     }
     if (digits == 0)
         return nullptr;

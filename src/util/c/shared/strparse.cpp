@@ -77,7 +77,7 @@ bool strSuffixToMultiplier(int suffix, u8* multiplier) {
     return true;
 }
 
-constexpr ptrdiff_t MAX_HEX_DIGITS = 16;
+constexpr size_t MAX_HEX_DIGITS = 16;
 
 static inline const char* read_hex(const char* p, u8* number) {
     u8 n = 0;
@@ -108,7 +108,7 @@ struct Scanned {
 static inline Scanned scan(const char* text, bool hex) {
     Scanned s;
     const char* const end = hex ? read_hex(text, &s.number) : read_digits(text, &s.number);
-    const ptrdiff_t digits = end - text;
+    const auto digits = static_cast<size_t>(end - text);
     const bool maybe_prefix = hex && digits == 1 && *text == '0' && (*end == 'x' || *end == 'X');
     if (digits == 0 || maybe_prefix)
         return scan_by_platform(text, hex);
@@ -166,10 +166,9 @@ static inline bool scan_number_fast(const char* text, u8* number) {
     const char* const start = hex ? text + 2 : text;
     const char* const end = hex ? read_hex(start, &n) : read_digits(start, &n);
     const unsigned shift = shift_of(*end);
-    const ptrdiff_t digits = end - start;
+    const auto digits = static_cast<size_t>(end - start);
     *number = n << (shift & 63);
-    return digits >= 1 && digits <= (hex ? MAX_HEX_DIGITS : DECIMAL_DIGITS) &&
-           shift != NO_MULTIPLIER;
+    return digits - 1 < (hex ? MAX_HEX_DIGITS : DECIMAL_DIGITS) && shift != NO_MULTIPLIER;
 }
 
 // Out of line, so that numbers that are read fast need no stack frame.
