@@ -66,7 +66,7 @@ const char* decimal_point() {
     return nl_langinfo(RADIXCHAR);
 }
 
-bool decimal_point_is_usual() {
+bool locale_has_point() {
     const char* const point = decimal_point();
     return point[0] == '.' && point[1] == '\0';
 }

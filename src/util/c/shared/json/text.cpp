@@ -6,6 +6,7 @@
 
 #include "util/c/shared/json/text.h"
 
+#include "util/c/shared/digits.h"
 #include "util/c/shared/platform_numbers.h"
 #include "util/export/utf8.h"
 
@@ -49,32 +50,16 @@ constexpr EscapeTable make_escape_table() {
 
 constexpr EscapeTable ESCAPES = make_escape_table();
 
-struct HexTable {
-    short value[256];  // -1 for what is no digit
-};
-
-constexpr HexTable make_hex_table() {
-    HexTable table = {};
-    std::fill_n(table.value, 256, static_cast<short>(-1));
-    for (short value = 0; value < 16; value++) {
-        table.value[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
-        table.value[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
-    }
-    return table;
-}
-
-constexpr HexTable HEX = make_hex_table();
-
-// The value of `count` plain digits, or -1.
-static inline int plain_hex(const char* p, int count) {
-    int value = 0;
+// The value of `count` hexadecimal digits, or -1 when they are none.
+static inline int read_hex_fast(const char* p, int count) {
+    unsigned value = 0;
     for (int i = 0; i < count; i++) {
-        const int digit = HEX.value[byte_of(p[i])];
-        if (digit < 0)
+        const unsigned digit = hex_digit(p[i]);
+        if (digit > 0xF)
             return -1;
         value = value << 4 | digit;
     }
-    return value;
+    return static_cast<int>(value);
 }
 
 // White space beyond ASCII, which counts where the locale's characters may have several bytes. Not
@@ -92,7 +77,7 @@ static char narrowed(wchar_t c) {
 }
 
 // The value of any `count` characters as the platform reads them; moves the cursor past them.
-static wchar_t scanned_hex(json* js, const char** cursor, int count) {
+static wchar_t read_hex_by_platform(json* js, const char** cursor, int count) {
     char text[5] = {};
     for (int i = 0; i < count; i++) {
         text[i] = narrowed(next_utf2wchar(cursor));
@@ -111,10 +96,11 @@ static const char* scan_escape(json* js, const char* p) {
     p += 2;
     if (name == 'u' || name == 'x') {
         const int count = name == 'u' ? 4 : 2;
-        const int value = plain_hex(p, count);  // a wchar_t may be unsigned
+        const int value = read_hex_fast(p, count);  // a wchar_t may be unsigned
         if (value >= 0)
             p += count;
-        const wchar_t c = value >= 0 ? static_cast<wchar_t>(value) : scanned_hex(js, &p, count);
+        const wchar_t c =
+            value >= 0 ? static_cast<wchar_t>(value) : read_hex_by_platform(js, &p, count);
         char bytes[3];
         const unsigned length = wchar2utf8(bytes, c);
         append(js, bytes, length, p);
@@ -164,7 +150,7 @@ static const char* copy_swiftly(json* js, const char* p) {
             p = stop + 2;
             continue;
         }
-        const int value = stop[1] == 'u' ? plain_hex(stop + 2, 4) : -1;
+        const int value = stop[1] == 'u' ? read_hex_fast(stop + 2, 4) : -1;
         if (value < 0)
             break;
         out += wchar2utf8(out, static_cast<wchar_t>(value));

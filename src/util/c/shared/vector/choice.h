@@ -12,7 +12,8 @@
 // AVX-512 counts only from the processors on that have VBMI: those before slow down under it.
 static int widest_vectors() {
     if (KX_WIDEST >= 64 && __builtin_cpu_supports("avx512bw") != 0 &&
-        __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("bmi2") != 0)
+        __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512vbmi") != 0 &&
+        __builtin_cpu_supports("bmi2") != 0)
         return 64;
     return __builtin_cpu_supports("avx2") != 0 ? 32 : 16;
 }

@@ -10,6 +10,7 @@
 #ifndef UTIL_C_SHARED_VECTOR_WIDTHS_H
 #define UTIL_C_SHARED_VECTOR_WIDTHS_H
 
+#include "sharedinc/inttype.h"
 #include "util/c/shared/vector/block.h"
 #include "util/c/shared/vector/choice.h"
 
@@ -51,7 +52,7 @@ namespace width_32 {
 #undef VECTOR_CODE
 
 #define VECTOR_BYTES 64
-#define VECTOR_CODE [[gnu::target("avx512bw,avx512vbmi,bmi2")]]
+#define VECTOR_CODE [[gnu::target("avx512bw,avx512vl,avx512vbmi,bmi2")]]
 namespace width_64 {
 #include "util/c/shared/vector/bytes.inl"
 #include VECTOR_KERNEL
