@@ -31,10 +31,12 @@ extern "C" {
 extern volatile int loggers_lock;
 
 // The newest logger. The chain below a logger never changes once it is the head, so a lookup may
-// follow it without the lock.
+// follow it without the lock: it loads the head with acquire, which shows it all that was written
+// before the head was stored with release. Under the lock a relaxed load will do.
 extern std::atomic<logger*> all_loggers;
 
-// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met.
+// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met. May be
+// read relaxed: a list with room for too few modules leaves the newest out.
 extern std::atomic<size_t> num_modules;
 
 // Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
