@@ -34,10 +34,10 @@
 // releases, and every change of the word is one atomic operation, so whoever enters sees what all
 // those did who left before. The other accesses are relaxed, because they decide about the word
 // alone, on whose values all threads agree: setting and clearing the bits of sleepers, looking for
-// a starving writer, taking a word over from another generation. No wake-up is lost, either: the
-// kernel compares the word after it has queued a sleeper and looks at the queue after a full
-// barrier, and a waker has changed the word before. A fork's child starts its threads after its
-// handler has stored to its words.
+// a starving writer, looking whose generation a word is of. No wake-up is lost, either: the kernel
+// counts a sleeper before it compares the word, and a waker has changed the word before the kernel,
+// behind a full barrier, looks for sleepers. A fork's child starts its threads after its handler
+// has stored to its words.
 //
 // fork() copies words that other threads hold, and those threads do not exist in the child. So the
 // child is a new generation, and a word of another generation is free, whatever else it says. The

@@ -39,7 +39,7 @@ struct BigInteger {
     }
 };
 
-// Leading bits are cut off, but for the short reciprocals, which are rounded up.
+// Leading bits are cut off, except of the reciprocals down to 5^-27, which are rounded up.
 constexpr PowersOfFive make_powers() {
     constexpr int LAST_ROUNDED_UP = -27;
     PowersOfFive powers = {};

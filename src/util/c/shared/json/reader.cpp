@@ -76,7 +76,7 @@ static inline bool may_begin_number(char c) {
 [[gnu::always_inline]] static inline const char* send_scalar(json* js, const char* token) {
     const char c = *token;
     if (begins_string(c)) {
-        const char* const end = scan_string(js, token);
+        const char* const end = scan_string_fast(js, token);
         deliver_text(js, token, end, JSON_STRING);
         return end;
     }
@@ -95,7 +95,7 @@ static inline bool may_begin_number(char c) {
 [[gnu::always_inline]] static inline const char* read_key(json* js, const char* key) {
     if (is_end(*key))
         fail_at(js, key, "Object must end with '}'");
-    const char* p = begins_string(*key) ? scan_string(js, key) : scan_word(js, key);
+    const char* p = begins_string(*key) ? scan_string_fast(js, key) : scan_word(js, key);
     deliver_text(js, key, p, JSON_KEY);
     if (*p == ':' && !is_blank(p[1]) && p[1] != '/') [[likely]]
         return p + 1;

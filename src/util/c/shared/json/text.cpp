@@ -1,5 +1,4 @@
-// Comments, and the strings that are long, have escapes, stand between single quotes, or come near
-// the end of the text.
+// Comments and strings of all kinds.
 //
 // A comment may start wherever white space may stand, also directly after another, and a block
 // comment closes at the first "*/". One that nothing closes ends the document.
@@ -123,9 +122,9 @@ static const char* scan_special(json* js, const char* p) {
     return p + 1;
 }
 
-// Copies characters and the usual escapes as long as neither the text nor the token buffer comes
+// Copies characters and the escapes above as long as neither the text nor the token buffer comes
 // near its end. Returns where that, or something else, stopped it.
-static const char* copy_swiftly(json* js, const char* p) {
+static const char* copy_fast(json* js, const char* p) {
     constexpr ptrdiff_t BLOCK = 32;
     constexpr ptrdiff_t MARGIN = BLOCK + 4;  // a block, an escape, and the byte that stays free
     char* out = js->buffer + js->used;
@@ -160,8 +159,8 @@ static const char* copy_swiftly(json* js, const char* p) {
     return p;
 }
 
-// How many bytes from p on need no look.
-static size_t plain_bytes(json* js, const char* p, char quote) {
+// How many bytes from p on are copied as they are.
+static size_t count_copied(json* js, const char* p, char quote) {
     if (quote == '"') {
         const u8 stops = bits_at(&js->index, js->index.string_stops, p, js->end);
         return static_cast<size_t>(std::min(std::countr_zero(stops), BITS_AT_ONCE));
@@ -172,20 +171,20 @@ static size_t plain_bytes(json* js, const char* p, char quote) {
     return static_cast<size_t>(stop - p);
 }
 
-const char* scan_any_string(json* js, const char* token) {
+const char* scan_string(json* js, const char* token) {
     const char quote = *token;
     const char* p = token + 1;
     js->extract = token;
     js->used = 0;
     while (true) {
         if (quote == '"')
-            p = copy_swiftly(js, p);
-        const size_t plain = plain_bytes(js, p, quote);
-        append(js, p, plain, p);
-        p += plain;
+            p = copy_fast(js, p);
+        const size_t count = count_copied(js, p, quote);
+        append(js, p, count, p);
+        p += count;
         if (*p == quote)
             break;
-        if (plain == 0)
+        if (count == 0)
             p = scan_special(js, p);
     }
     terminate(js, p);

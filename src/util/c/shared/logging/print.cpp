@@ -36,17 +36,12 @@ constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_D
 // The standard decorations are written one by one into the line, which has room for all of them,
 // and cut to their budget together.
 
-// Left-justified in exactly seven columns. The text is put together in a register: the stream
-// copies the line in wide pieces soon after, and those would wait for single bytes to leave the
-// store buffer.
+// Left-justified in exactly seven columns.
 static char* put_module(char* position, const char* name) {
-    constexpr int WIDTH = 7;
-    u8 columns = 0x5D20202020202020;  // spaces and the closing bracket
-    for (int i = 0; i < WIDTH && name[i] != '\0'; i++)
-        columns ^= static_cast<u8>(static_cast<unsigned char>(name[i]) ^ ' ') << (8 * i);
-    *position++ = '[';
-    memcpy(position, &columns, sizeof columns);
-    return position + WIDTH + 1;
+    constexpr size_t WIDTH = 7;
+    memcpy(position, "[       ]", WIDTH + 2);
+    memcpy(position + 1, name, strnlen(name, WIDTH));
+    return position + WIDTH + 2;
 }
 
 constexpr size_t LEVEL_COLUMN_BYTES = 7;
