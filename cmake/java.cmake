@@ -7,8 +7,9 @@ include(UseJava)
 file(REAL_PATH "${Java_JAVAC_EXECUTABLE}" kx_javac)
 cmake_path(GET kx_javac PARENT_PATH kx_java_home)
 cmake_path(GET kx_java_home PARENT_PATH kx_java_home)
-find_path(KX_JNI_INCLUDE jni.h PATHS "${kx_java_home}/include" NO_DEFAULT_PATH REQUIRED
-    DOC "The folder of the Java development kit's jni.h")
+# Those of this machine serve for any: they name no size.
+find_path(KX_JNI_INCLUDE jni.h PATHS "${kx_java_home}/include" NO_DEFAULT_PATH
+    NO_CMAKE_FIND_ROOT_PATH REQUIRED DOC "The folder of the Java development kit's jni.h")
 include_directories(SYSTEM "${KX_JNI_INCLUDE}" "${KX_JNI_INCLUDE}/linux")
 
 # Warnings for our own classes, as errors; a public member without a comment is one.

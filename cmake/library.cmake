@@ -14,7 +14,7 @@ function(kx_add_library name map)
         "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
     # Our own functions are called directly; only the platform layer's can be interposed.
     target_link_options(${name} PRIVATE
-        "LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map}" LINKER:-Bsymbolic-functions
+        "LINKER:--version-script=${map}" LINKER:-Bsymbolic-functions
         LINKER:--no-undefined-version LINKER:-z,relro,-z,now,-z,noexecstack,-z,text)
     if(KX_HAS_VERSION_NOTE)
         target_link_options(${name} PRIVATE "${KX_VERSION_NOTE}")
@@ -22,7 +22,7 @@ function(kx_add_library name map)
     # No version in the file names: the virtual machine loads the library by its plain name, and a
     # platform layer that replaces ours has the same one.
     set_target_properties(${name} PROPERTIES
-        LINK_DEPENDS "${PROJECT_SOURCE_DIR}/${map}"
+        LINK_DEPENDS "${map}"
         BUILD_WITH_INSTALL_RPATH ON
         INSTALL_RPATH "$ORIGIN")
     if(NOT KX_INSTRUMENT AND NOT KX_FUZZ)

@@ -19,8 +19,10 @@ foreach(folder util/export osal/export sharedinc)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/${folder}/" DESTINATION "${KX_HEADERS_DIR}/${folder}"
         COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "*.inl")
 endforeach()
-install_jar(kxutil_java DESTINATION "${KX_JAR_DIR}" COMPONENT java)
-install_jar(kxutil_loggers DESTINATION "${KX_JAR_DIR}" COMPONENT java)
+if(KX_JAVA)
+    install_jar(kxutil_java DESTINATION "${KX_JAR_DIR}" COMPONENT java)
+    install_jar(kxutil_loggers DESTINATION "${KX_JAR_DIR}" COMPONENT java)
+endif()
 
 install(EXPORT kxutilTargets NAMESPACE kx:: DESTINATION "${KX_PACKAGE_DIR}"
     COMPONENT development)
@@ -34,6 +36,10 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/kxutilConfig.cmake"
 
 # Written when it is installed, because only then the prefix is known. A tree that has been moved is
 # used with pkg-config's --define-prefix.
+set(kx_pc_jar "")
+if(KX_JAVA)
+    set(kx_pc_jar "jar=\${datadir}/java/kxutil.jar\n")
+endif()
 file(CONFIGURE OUTPUT kxutil_pc.cmake @ONLY CONTENT [[
 set(kx_version "@PROJECT_VERSION@")
 set(kx_description "@PROJECT_DESCRIPTION@")
@@ -45,6 +51,7 @@ foreach(folder libdir includedir datadir)
         string(PREPEND ${folder} "\${prefix}/")
     endif()
 endforeach()
+set(jar "@kx_pc_jar@")
 configure_file("@PROJECT_SOURCE_DIR@/cmake/kxutil.pc.in" "@CMAKE_CURRENT_BINARY_DIR@/kxutil.pc" @ONLY)
 ]])
 install(SCRIPT "${CMAKE_CURRENT_BINARY_DIR}/kxutil_pc.cmake" COMPONENT development)
@@ -56,7 +63,7 @@ set(CPACK_PACKAGE_CONTACT "Kestrum developers <developers@kestrum.invalid>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_SET_DESTDIR ON)  # the prefix is the one that users will see
-set(CPACK_COMPONENTS_ALL runtime development java)
+set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://kestrum.invalid/kxutil")
 # What the libraries need is asked of them; one needs the other, which lies in the same package.
@@ -78,7 +85,10 @@ endfunction()
 set(kx_runtime "libkxutil (= ${PROJECT_VERSION})")
 kx_debian_package(runtime libkxutil libs "" "" "shared libraries")
 kx_debian_package(development libkxutil-dev libdevel "" "${kx_runtime}" "development files")
-kx_debian_package(java libkxutil-java java all "libkxutil (>= ${PROJECT_VERSION})" "Java classes")
+if(KX_JAVA)
+    kx_debian_package(java libkxutil-java java all "libkxutil (>= ${PROJECT_VERSION})" "Java classes")
+    list(APPEND CPACK_COMPONENTS_ALL java)
+endif()
 if(KX_DOCS)
     kx_debian_package(documentation libkxutil-doc doc all "" "documentation")
     list(APPEND CPACK_COMPONENTS_ALL documentation)

@@ -1,5 +1,6 @@
-// Documents. Events and error are the same wherever the text lies, the events as text are read as
-// the same events, an abort only ends them, and a small buffer only cuts the error.
+// Documents. Events and error are the same with the narrowest vectors and wherever the text lies,
+// the events as text are read as the same events, an abort only ends them, and a small buffer only
+// cuts the error.
 //
 // The input's first byte chooses the size of the error buffer, the second the event at which the
 // callback aborts; the rest is the document.
@@ -8,6 +9,18 @@
 
 #include <cstdint>
 #include <vector>
+
+extern "C" decltype(jsonParse) narrow_jsonParse;
+
+static std::string told_by(decltype(jsonParse)* parse, const std::vector<char>& document) {
+    std::string events;
+    char error[300] = "";
+    const auto tell = [](JSONType type, const JSONVal* value, void* arg) {
+        *static_cast<std::string*>(arg) += event_text(type, value);
+    };
+    const int result = parse(document.data(), tell, &events, error, sizeof error);
+    return events + std::to_string(result) + error;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2)
@@ -29,6 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                             : aborted.error == cut.error);
 
     document.insert(document.begin(), size % 70 + (data[0] % 4 == 0 ? 3960 : 0), ' ');
+    require(told_by(jsonParse, document) == told_by(narrow_jsonParse, document));
     const JsonOutcome moved = json_outcome(document.data());
     require(moved.events == outcome.events && moved.error == outcome.error);
     return 0;

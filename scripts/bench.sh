@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 filter=${1-}
 
-scripts/bootstrap.sh --bench
+scripts/bootstrap.sh bench
 cmake --preset bench > /dev/null
 cmake --build --preset bench --target benchmarks
 

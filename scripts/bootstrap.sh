@@ -1,23 +1,28 @@
 #!/usr/bin/env bash
-# Installs what building and testing need, as Debian packages: as root, or through sudo.
-# With --bench also the peers that the benchmarks compare with, with --coverage what reports it.
+# Installs what is needed, as Debian packages: as root, or through sudo.
+#
+#   bootstrap.sh demo       to build the libraries and the examples
+#   bootstrap.sh [test]     also for every test: other compilers, an emulator, another C library
+#   bootstrap.sh bench      to build, and the peers that the benchmarks compare with
+#   bootstrap.sh coverage   to test, and what reports what tests reach
 set -euo pipefail
+purpose=${1-test}
 
-packages=(g++ cmake ninja-build libgtest-dev git
-    clang clang-format clang-tidy libclang-rt-dev shellcheck python3
-    pkg-config dpkg-dev file lintian spin)
-bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
-    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
-    rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib)
-
+packages=(g++ cmake ninja-build)
 # Any Java development kit from 17 on will do.
 command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
 
-case "${1-}" in
-    "") ;;
-    --bench) packages+=("${bench_packages[@]}") ;;
-    --coverage) packages+=(gcovr) ;;
-    *) echo "usage: bootstrap.sh [--bench|--coverage]" >&2; exit 2 ;;
+test_packages=(libgtest-dev git clang clang-format clang-tidy libclang-rt-dev shellcheck python3
+    pkg-config dpkg-dev file lintian spin g++-aarch64-linux-gnu qemu-user musl-tools)
+bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
+    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
+    rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib pkg-config)
+case "$purpose" in
+    demo) ;;
+    test) packages+=("${test_packages[@]}") ;;
+    bench) packages+=("${bench_packages[@]}") ;;
+    coverage) packages+=("${test_packages[@]}" gcovr) ;;
+    *) echo "usage: bootstrap.sh [demo|test|bench|coverage]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query > /dev/null || ! command -v apt-get > /dev/null; then

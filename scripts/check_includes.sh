@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks every include under src against include_rules.txt: project headers against the file's
-# row, system headers against what its folder may use.
+# row, system headers against what its folder may use. Only the vector layer and the pause name
+# processors and their instructions.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 rules=scripts/include_rules.txt
@@ -48,14 +49,20 @@ system_headers_for() {
         util/export/logging_static_gen.h) echo "$c_headers pthread.h" ;;
         util/c/shared/logging/streams.cpp) echo "$c_headers $cpp_headers pthread.h stdio_ext.h" ;;
         util/c/shared/vector/*) echo "$c_headers $cpp_headers emmintrin.h immintrin.h arm_neon.h" ;;
-        util/c/shared/json/index.cpp | util/c/shared/json/words.h) echo "$c_headers $cpp_headers immintrin.h" ;;
         util/c/*) echo "$c_headers $cpp_headers" ;;
         *) echo "$c_headers" ;;
     esac
 }
 
+processors='__builtin_(ia32|arm|aarch64)_|\b_mm[0-9]*_|\b__m[0-9]+|\bv[a-z0-9]+q?_[su](8|16|32|64)\b'
+processors+='|\b(SSE|AVX|NEON|__x86_64|__aarch64)|\b(sse[0-9]|avx)|gnu::target|__(SSE|AVX|ARM)'
+
 while read -r path; do
     file=${path#src/}
+    if [[ $file != util/c/shared/vector/* && $file != sharedinc/pause.h ]] &&
+        grep -nHE "$processors" "$path" >&2; then
+        complain "$path names a processor or its instructions"
+    fi
     if ! allowed=$(allowed_for "$file"); then
         complain "$path: no row in $rules"
         continue

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 build=build/coverage
 
-scripts/bootstrap.sh --coverage
+scripts/bootstrap.sh coverage
 cmake --preset coverage > /dev/null
 cmake --build --preset coverage > /dev/null
 find $build -name '*.gcda' -delete

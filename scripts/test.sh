@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets up, builds and runs every check: sources, then the tests in each way of building, then a
-# short run of each fuzz target. The first failure ends it.
+# Sets up, builds and runs every check: sources, then the tests in each way of building and on each
+# platform, then a short run of each fuzz target. The first failure ends it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,19 +9,22 @@ step() {
 }
 
 step "tools"
-scripts/bootstrap.sh
+scripts/bootstrap.sh test
 
 step "sources"
 scripts/check_format.sh
 scripts/check_includes.sh
 scripts/check_tests_share.sh
 
-for preset in release asan tsan; do
+for preset in release asan tsan aarch64 musl clang; do
     step "$preset"
     cmake --preset "$preset" > /dev/null
     cmake --build --preset "$preset"
     ctest --preset "$preset" -j "$(nproc)" --progress --timeout 120
 done
+
+step "platforms agree"
+scripts/check_platforms.sh build/release build/aarch64 build/musl build/clang
 
 step "built sources"
 scripts/check_calls.sh build/release

@@ -31,13 +31,19 @@ for name in kxutil kxosal; do
 done
 PKG_CONFIG="pkg-config --define-prefix" "$here/use_installed.sh" "$prefix" "$scratch"
 
-# A parent's build keeps its own type and gets the libraries' targets alone, whatever it is set to.
-quietly cmake -S "$here/component" -B "$scratch/parent" -D SUBPROJECT="$source" -D VERSION="$VERSION" \
-    -D CMAKE_UNITY_BUILD=ON
-quietly cmake --build "$scratch/parent"
-check_host "$scratch/parent/host_c"
-check_host "$scratch/parent/host_cpp"
-check "a parent's build type" "" "$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' "$scratch/parent/CMakeCache.txt")"
-check "a parent's targets" "" "$(cmake --build "$scratch/parent" --target help | sed 's/^\.\.\. //' |
-    grep -E '^[a-z_]+(:|$)' | sed 's/:.*//' | grep -vE '^(kx|(cache|host)_c|all$|clean$|depend$|edit_cache$|rebuild_cache$|help$)')"
-check "what a parent installs" "" "$(grep -l libkxutil "$scratch/parent/cmake_install.cmake" || true)"
+# A parent's build keeps its own type and gets the libraries' targets alone; Java may be left out, and
+# what is then installed on demand is complete without it.
+parent=$scratch/parent
+quietly cmake -S "$here/component" -B "$parent" -D SUBPROJECT="$source" -D VERSION="$VERSION" \
+    -D CMAKE_UNITY_BUILD=ON -D KX_JAVA=OFF
+quietly cmake --build "$parent"
+check_host "$parent/host_c"
+check_host "$parent/host_cpp"
+check "a parent's build type" "" "$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' "$parent/CMakeCache.txt")"
+check "a parent's targets" "cache_c cache_cpp host_c host_cpp kxosal kxutil" "$(cmake --build "$parent" --target help |
+    sed -nE 's/^([a-z_]+): phony$/\1/p' | grep -vxE 'all|clean|(edit|rebuild)_cache' | sort | paste -sd ' ')"
+check "what a parent installs" "" "$(cmake --install "$parent" --prefix "$scratch/none" | grep -F /none/ || true)"
+quietly cmake -D KX_INSTALL=ON "$parent"
+quietly cmake --install "$parent" --prefix "$scratch/nojava"
+mkdir "$scratch/use"
+JAVA="" PKG_CONFIG=pkg-config "$here/use_installed.sh" "$scratch/nojava" "$scratch/use"

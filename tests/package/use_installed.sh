@@ -5,7 +5,7 @@
 #   use_installed.sh PREFIX SCRATCH
 #
 # Takes CC, CXX, JAVA, PKG_CONFIG and CMAKE_GENERATOR from the environment, and LIBDIR and VERSION as the
-# installation should have them.
+# installation should have them. An empty JAVA stands for an installation without Java classes.
 set -euo pipefail
 prefix=$1 scratch=$2
 component=$(cd "$(dirname "$0")/component" && pwd)
@@ -18,7 +18,7 @@ quietly cmake --build "$scratch/cmake"
 check_host "$scratch/cmake/host_c"
 check_host "$scratch/cmake/host_cpp"
 check "a component stays loaded" NODELETE "$(readelf -d "$scratch/cmake/libcache_c.so" | grep -o NODELETE)"
-check "jar" "$prefix/share/java/kxutil.jar" "$(sed -n 's/^kxutil_JAR:.*=//p' "$scratch/cmake/CMakeCache.txt")"
+check "jar" "${JAVA:+$prefix/share/java/kxutil.jar}" "$(sed -n 's/^kxutil_JAR:.*=//p' "$scratch/cmake/CMakeCache.txt")"
 
 check "pkg-config" "$VERSION" "$($PKG_CONFIG --modversion kxutil)"
 check "paths of pkg-config" "" "$($PKG_CONFIG --cflags --libs kxutil | grep -F .. || true)"
@@ -35,6 +35,7 @@ build_plainly() {  # folder, compiler and language
 build_plainly plain_c "$CC" -std=c11
 build_plainly plain_cpp "$CXX" -std=c++17 -x c++
 
+[ -n "$JAVA" ] || exit 0
 cat > "$scratch/Pid.java" << EOF
 class Pid {
     public static void main(String[] args) {

@@ -28,7 +28,8 @@ ssize_t write(int fd, const void* buf, size_t len) {
 void* __libc_realloc(void* block, size_t size);
 void __libc_free(void* block);
 
-void* realloc(void* block, size_t size) {
+// Not by calls among the functions themselves: compilers turn realloc(nullptr, size) into malloc().
+static void* resize(void* block, size_t size) {
     faults.allocations++;
     if (strikes(faults.failing_allocation))
         return nullptr;
@@ -36,8 +37,12 @@ void* realloc(void* block, size_t size) {
     return __libc_realloc(block, size);
 }
 
+void* realloc(void* block, size_t size) {
+    return resize(block, size);
+}
+
 void* malloc(size_t size) {
-    return realloc(nullptr, size);
+    return resize(nullptr, size);
 }
 
 void free(void* block) {

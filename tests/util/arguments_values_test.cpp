@@ -30,7 +30,7 @@ TEST(ArgConvert, StoresOnlyWhatConverts) {
         if (converts || type == NO_TYPE)
             argCopy(type, &to_copied, &value);
         EXPECT_EQ(string(direct, 8), string(copied, 8));
-        EXPECT_STREQ(direct + width, "########" + width);
+        EXPECT_STREQ(direct + width, &"########"[width]);
         EXPECT_EQ(error == nullptr, converts || type == NO_TYPE);
         EXPECT_STREQ(second_error, error);
     }

@@ -80,9 +80,11 @@ TEST_F(Printing, LaysOutTheLineAndTakesTheFormatAsTextWithoutArguments) {
     EXPECT_EQ(line(0, MSG_WARN, TIME | MODULE, "m"), "[gc     ] m\n");
     const string percents(2000, '%');
     apply_log_decorations(log, "level");
+#if defined(__x86_64__)  // where a list of arguments may be null
     _logforceprintv(log, 0, MSG_WARN, "100%d %s", nullptr);
     _logforceprintdecorationsv(log, 0, MSG_WARN, 0, percents.c_str(), nullptr);
     EXPECT_TRUE(printed().ends_with("\n[WARN ] 100%d %s\n" + percents.substr(0, 1022) + "\n"));
+#endif
 }
 
 // What the decorations may take together: 99 bytes, and 50 more with extended ones.

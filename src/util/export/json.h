@@ -8,7 +8,8 @@
 // strings know the escapes b, f, n, r, t, u with four and x with two hexadecimal digits, and no
 // others; the digits are read as sscanf() reads them with %x, so white space, a sign or "0x" may be
 // among them, and what follows the first digits counts for nothing. The document is one object or
-// one array; nothing after it is read. The text is the virtual machine's UTF-8 (utf8.h).
+// one array; nothing after it is read. The text is the virtual machine's UTF-8 (utf8.h). Numbers
+// mean the same on every platform: what the GNU C library's sscanf() makes of them.
 //
 // Parses on different threads are independent. On one thread a callback may start another parse.
 #ifndef UTIL_EXPORT_JSON_H

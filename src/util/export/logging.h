@@ -106,7 +106,9 @@ void logResetSanityLevels(void);
 //   loggers  whose module is meant; its extended decorators apply. Not null, registered.
 //   module   a real index
 //   level    the message's level, for the level decoration
-//   args     the arguments of `fmt`; a null list takes `fmt` as plain text
+//   args     the arguments of `fmt`. Where a va_list may be null, as on x86-64, a null list takes
+//            `fmt` as plain text; elsewhere "%s" prints one. The caller ends the list and does not
+//            use it again.
 
 // Prints with the module's own decorations.
 void _logforceprintv(logger* loggers, LogModule module, MsgLevel level, const char* fmt,

@@ -24,6 +24,11 @@
 #include <stdint.h>
 #include <string.h>
 
+#if __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error \
+    "sw_u2(), sw_u4() and sw_u8() turn the bytes round, as only a little-endian processor needs it"
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif

@@ -25,7 +25,8 @@ extern "C" {
 // k, m or g in either case, for 1024 and its powers. The number is decimal; "0x" before or 'h'
 // behind the digits makes it hexadecimal: "0x10k" and "10hk" are both 16384, and digits beyond 9
 // need "0x". What follows the multiplier is ignored: "12kb" is "12k". The digits are read as
-// sscanf() reads them with %lu or %lx, which accept a '+' of their own, for example. A number or
+// the GNU C library's sscanf() reads them with %lu or %lx, on every platform; they accept a '+' of
+// their own, for example. A number or
 // product beyond 64 bits is not noticed: it gives some number.
 //
 // On failure `*value` is untouched and the reason is one of
@@ -46,7 +47,7 @@ bool strToSuffixSize(const char* str, size_t* value, const char** error_msg);
 // 0x1e3. Digits alone stay decimal.
 bool strToSuffixAddress(const char* str, void** value, const char** error_msg);
 
-// A floating-point number as sscanf() reads it with %lf, so the decimal point is that of the
+// A floating-point number as that sscanf() reads it with %lf, so the decimal point is that of the
 // process's locale, and directly behind it at most one multiplier as above; what follows that is
 // ignored. Fails with "illegal floating point value", or with "illegal suffix": `*value` then
 // already holds the number.

@@ -1,5 +1,5 @@
-// Files over POSIX descriptors. The 64-bit calls are named outright, so that no build setting
-// can narrow a file size.
+// Files over POSIX descriptors. Not every C library has calls with 64 bits in their names, so the
+// plain ones are used, and a build setting that narrows a file size does not compile.
 
 #include "osal/export/linux/osal_files_pd.h"
 
@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-static_assert(sizeof(fio_fd) == 4 && sizeof(filesize) == 8);
+static_assert(sizeof(fio_fd) == 4 && sizeof(filesize) == 8 && sizeof(off_t) == 8);
 
 fio_fd fio_open(const char* path, int flags) {
     int mode = O_RDONLY;
@@ -24,7 +24,7 @@ fio_fd fio_open(const char* path, int flags) {
         mode |= O_CREAT;
     fio_fd fd;
     do {
-        fd = open64(path, mode | O_CLOEXEC, 0666);
+        fd = open(path, mode | O_CLOEXEC, 0666);
     } while (fd < 0 && errno == EINTR);
     return fd;
 }
@@ -36,8 +36,8 @@ int fio_close(fio_fd fd) {
 }
 
 filesize fio_fdsize(fio_fd fd) {
-    struct stat64 status;
-    return fstat64(fd, &status) == 0 ? status.st_size : -1;
+    struct stat status;
+    return fstat(fd, &status) == 0 ? status.st_size : -1;
 }
 
 // Waits until a descriptor in non-blocking mode can go on; false when it is not such a case.
@@ -74,12 +74,12 @@ int fio_write_fully(fio_fd fd, const void* buf, int len) {
 }
 
 filesize fio_seek(fio_fd fd, filesize pos, int whence) {
-    return lseek64(fd, pos, whence);
+    return lseek(fd, pos, whence);
 }
 
 filesize fio_fsize(const char* path) {
-    struct stat64 status;
-    return stat64(path, &status) == 0 ? status.st_size : -1;
+    struct stat status;
+    return stat(path, &status) == 0 ? status.st_size : -1;
 }
 
 bool fio_canonicalize_path(const char* path, char* out, size_t outlen) {
@@ -98,8 +98,8 @@ int fio_filename_strcmp(const char* a, const char* b) {
 }
 
 bool fio_is_same_files_by_path(const char* path, fio_fd fd) {
-    struct stat64 named;
-    struct stat64 opened;
-    return stat64(path, &named) == 0 && fstat64(fd, &opened) == 0 &&
-           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
+    struct stat named;
+    struct stat opened;
+    return stat(path, &named) == 0 && fstat(fd, &opened) == 0 && named.st_dev == opened.st_dev &&
+           named.st_ino == opened.st_ino;
 }

@@ -29,6 +29,16 @@
 // its expected value changed, or is among those woken. Sleeping and napping are bare system calls,
 // because the C library's functions would be cancellation points.
 //
+// Order of memory accesses, on a processor that keeps none by itself. Entering acquires: the
+// addition or exchange that finds the word free, or the load that finds the writer gone. Leaving
+// releases, and every change of the word is one atomic operation, so whoever enters sees what all
+// those did who left before. The other accesses are relaxed, because they decide about the word
+// alone, on whose values all threads agree: setting and clearing the bits of sleepers, looking for
+// a starving writer, looking whose generation a word is of. No wake-up is lost, either: the kernel
+// counts a sleeper before it compares the word, and a waker has changed the word before the kernel,
+// behind a full barrier, looks for sleepers. A fork's child starts its threads after its handler
+// has stored to its words.
+//
 // fork() copies words that other threads hold, and those threads do not exist in the child. So the
 // child is a new generation, and a word of another generation is free, whatever else it says. The
 // holds of the thread that forked go on: it keeps a list of them, from which the child's handler
@@ -36,9 +46,10 @@
 
 #include "osal/export/osal_threads.h"
 
+#include "sharedinc/pause.h"
+
 #include <errno.h>
 #include <limits.h>
-#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <time.h>
@@ -55,6 +66,10 @@ constexpr unsigned GENERATIONS = 0xFF0;
 constexpr unsigned ONE_READER = 0x1000;
 constexpr unsigned HELD = WRITER | ~(ONE_READER - 1);  // by a writer or by readers
 
+// The kernel's numbers: its headers are not always where the C library's are.
+constexpr int FUTEX_WAIT_BITSET = 9;
+constexpr int FUTEX_WAKE_BITSET = 10;
+constexpr int FUTEX_PRIVATE_FLAG = 128;
 constexpr unsigned READER_MASK = 1;
 constexpr unsigned WRITER_MASK = 2;
 
@@ -228,7 +243,7 @@ static void wait_for_writer(volatile int* lock) {
         if ((now & WRITER) == 0)
             return;
         if (spins < SPINS) {
-            __builtin_ia32_pause();
+            pause_processor();
             continue;
         }
         if ((now & READERS_ASLEEP) != 0 ||
@@ -278,7 +293,7 @@ static bool take_over_for_reading(volatile int* lock) {
             continue;
         }
         if (spins < SPINS) {
-            __builtin_ia32_pause();
+            pause_processor();
             continue;
         }
         if ((now & marks) != marks &&

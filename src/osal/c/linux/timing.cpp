@@ -9,8 +9,10 @@
 
 #include <string.h>
 #include <time.h>
+#include <bit>
 
 static_assert(sizeof(TimeBuffer) == 30 && sizeof(nanotime) == 8 && sizeof(counterfreq) == 8);
+static_assert(std::endian::native == std::endian::little, "texts are put together in words");
 
 constexpr nanotime NANOS_PER_SECOND = 1'000'000'000;
 constexpr nanotime NANOS_PER_MILLI = 1'000'000;

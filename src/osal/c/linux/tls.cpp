@@ -2,7 +2,9 @@
 //
 // The first few are elements of an array that every thread has at a fixed offset: reading one is a
 // load. A key of theirs has its highest bit set, which no POSIX key has; when they are used up,
-// slots are POSIX keys without destructors. Slots are never given back.
+// slots are POSIX keys without destructors. Slots are never given back. Their count may be read
+// relaxed: each addition gives a number of its own, and a thread that was handed a key cannot see
+// an older count.
 
 #include "osal/export/osal_threads.h"
 

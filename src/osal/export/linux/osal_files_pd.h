@@ -10,15 +10,15 @@
 
 #include <stdbool.h>
 #include <stddef.h>
-#include <sys/types.h>
+#include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-typedef int fio_fd;          // an open file; -1 means none
-typedef __off64_t filesize;  // a size or a position in bytes, 64 bits on every build
+typedef int fio_fd;        // an open file; -1 means none
+typedef int64_t filesize;  // a size or a position in bytes, 64 bits on every build
 
 // Bits of the flag word of fio_open(). At least one of FIO_READ and FIO_WRITE.
 enum {

@@ -39,7 +39,7 @@ struct BigInteger {
     }
 };
 
-// Leading bits are cut off, but for the short reciprocals, which are rounded up.
+// Leading bits are cut off, except of the reciprocals down to 5^-27, which are rounded up.
 constexpr PowersOfFive make_powers() {
     constexpr int LAST_ROUNDED_UP = -27;
     PowersOfFive powers = {};
@@ -62,7 +62,11 @@ constexpr PowersOfFive make_powers() {
 constinit const PowersOfFive POWERS_OF_FIVE = make_powers();
 
 // Not localeconv(), which fills a record that all threads share.
-bool decimal_point_is_usual() {
-    const char* const point = nl_langinfo(RADIXCHAR);
+const char* decimal_point() {
+    return nl_langinfo(RADIXCHAR);
+}
+
+bool locale_has_point() {
+    const char* const point = decimal_point();
     return point[0] == '.' && point[1] == '\0';
 }

@@ -1,5 +1,5 @@
 // From a decimal number to the nearest double, for parsers that have read the digits themselves
-// and leave to the platform what is unusual.
+// and leave to the platform what is declined here.
 //
 // Numbers that doubles do not hold exactly take one or two multiplications: the mantissa times the
 // leading 128 bits of the power of five; the power of two goes straight into the exponent. The
@@ -7,7 +7,7 @@
 // that the bits cut off the power could matter. The bounds are those of Lemire, "Number Parsing at
 // a Gigabyte per Second" (2021), whose proof covers all 64-bit mantissas.
 //
-// In a header, because a call would cost a parser a tenth of its time.
+// In a header and always in place, because a call would cost a parser a tenth of its time.
 #ifndef UTIL_C_SHARED_DECIMAL_H
 #define UTIL_C_SHARED_DECIMAL_H
 
@@ -15,11 +15,9 @@
 
 #include <bit>
 
-constexpr int DECIMAL_DIGITS = 19;  // any number of that many digits fits a mantissa
-
-// The platform's conversions take the calling thread's locale's decimal point. True when that is
-// the point.
-bool decimal_point_is_usual();
+// What the platform's conversions take for the decimal point: that of the calling thread's locale.
+const char* decimal_point();
+bool locale_has_point();
 
 __extension__ using uint128 = unsigned __int128;
 
@@ -62,7 +60,8 @@ static inline bool rounds_to_nearest() {
 }
 
 // decimal_to_double() for mantissas and powers that doubles do not hold exactly.
-static inline bool decimal_by_product(bool negative, u8 mantissa, s8 exponent, double* result) {
+[[gnu::always_inline]] static inline bool decimal_by_product(bool negative, u8 mantissa,
+                                                             s8 exponent, double* result) {
     constexpr int EXPONENT_BIAS = 1023, INFINITE_EXPONENT = 0x7FF;
     // Between these, a product may be exact, and a tie really is one.
     constexpr s8 MIN_TIE_POWER = -4, MAX_TIE_POWER = 23;
@@ -105,11 +104,13 @@ static inline bool decimal_by_product(bool negative, u8 mantissa, s8 exponent, d
 // Sets `result` to the double nearest to mantissa * 10^exponent with its sign, ties to even.
 // Returns false, and sets nothing, for what is better left to the platform: values near or beyond
 // the ends of the range of normal doubles, and the rare one that 128 bits cannot decide.
-static inline bool decimal_to_double(bool negative, u8 mantissa, s8 exponent, double* result) {
-    constexpr int SIGNIFICAND_BITS = STORED_BITS + 1;
+[[gnu::always_inline]] static inline bool decimal_to_double(bool negative, u8 mantissa, s8 exponent,
+                                                            double* result) {
+    // Doubles hold up to 2^53 exactly. But numbers of 16 and 17 digits lie on both sides of that,
+    // and processors cannot guess on which.
+    constexpr u8 EXACT_MANTISSAS = 1'000'000'000'000'000;
     constexpr s8 MAX_EXACT_POWER = 22;
-    if (mantissa >> SIGNIFICAND_BITS != 0 || exponent < -MAX_EXACT_POWER ||
-        exponent > MAX_EXACT_POWER)
+    if (mantissa >= EXACT_MANTISSAS || exponent < -MAX_EXACT_POWER || exponent > MAX_EXACT_POWER)
         return decimal_by_product(negative, mantissa, exponent, result);
     // One operation on two exact numbers rounds once, and in the current mode.
     const auto magnitude = static_cast<double>(static_cast<s8>(mantissa));

@@ -3,7 +3,7 @@
 // A star makes the literal text after it free to move, so the leftmost place where that text fits
 // is as good as any: it leaves the most to what follows. No earlier star is ever tried again.
 //
-// A subject of one string, by far the most common, is searched for the literals between stars,
+// A subject of one string, which most are, is searched for the literals between stars,
 // 16 places at a time. A subject in pieces is walked character by character and comes back to the
 // latest star.
 
@@ -71,7 +71,7 @@ static const char* find(const Text& text, const char* from, Literal literal) {
 
 // True for characters that can be passed over without a closer look. Letters, digits and dots are
 // above the star, the terminator is below; the few others only take longer.
-static bool is_common(char c) {
+static bool is_surely_literal(char c) {
     return static_cast<unsigned char>(c) > '*';
 }
 
@@ -94,7 +94,7 @@ static size_t run_length(Condition goes_on) {
 static Literal literal_at(const char* p) {
     const char* const begin = p;
     for (;; p++) {
-        p += run_length([=](size_t i) { return is_common(p[i]); });
+        p += run_length([=](size_t i) { return is_surely_literal(p[i]); });
         if (*p == '*' || *p == '\0')
             return {begin, static_cast<size_t>(p - begin)};
     }
@@ -122,11 +122,12 @@ static Literal literal_at(const char* p) {
     }
 }
 
-// How many characters the pattern and the text have in common before the first star.
+// How many characters at their start the pattern and the text share, before the first star.
 static inline size_t literal_start(const char* p, const char* s) {
     for (size_t start = 0;; start++) {
-        start += run_length(
-            [p = p + start, s = s + start](size_t i) { return p[i] == s[i] && is_common(p[i]); });
+        start += run_length([p = p + start, s = s + start](size_t i) {
+            return p[i] == s[i] && is_surely_literal(p[i]);
+        });
         if (p[start] == '*' || p[start] == '\0' || p[start] != s[start])
             return start;
     }

@@ -1,18 +1,19 @@
 // Suffixed numbers, durations and booleans.
 //
-// What a number is, the platform's formatted scanner decides: signs and white space that its
-// conversions accept by themselves, "0x" within hexadecimal digits, numbers beyond 64 bits,
-// infinities, the locale's decimal point. Plain digits, which is what people type, are read here
-// instead; everything else goes to sscanf(), so that no rule of the scanner is told twice. A
-// reader here either gives what the scanner would give or declines.
+// What a number is, the platform's conversions decide: signs and white space that they accept by
+// themselves, "0x" within hexadecimal digits, numbers beyond 64 bits, infinities, the locale's
+// decimal point. Digits and their suffix, which is what people type, are read here instead;
+// everything else goes to the conversions, so that none of their rules is told twice. A fast reader
+// either gives what they would give or declines.
 
 #include "util/export/strparse.h"
 
 #include "util/c/shared/decimal.h"
+#include "util/c/shared/digits.h"
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/posix/stringutil_pd.h"
 
 #include <ctype.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <bit>
@@ -76,96 +77,52 @@ bool strSuffixToMultiplier(int suffix, u8* multiplier) {
     return true;
 }
 
-constexpr size_t MAX_DECIMAL_DIGITS = 19;  // more may not fit in 64 bits
 constexpr size_t MAX_HEX_DIGITS = 16;
-
-// Appends the decimal digits at p to the number and returns their end. Four digits are put together
-// before they wait for the number so far.
-static inline const char* read_decimal(const char* p, u8* number) {
-    const auto digit = [&p](int i) { return static_cast<unsigned char>(p[i]) - unsigned{'0'}; };
-    u8 n = *number;
-    unsigned a, ab, abc, d;
-    for (;; p += 4) {
-        if ((a = digit(0)) > 9)
-            break;
-        if ((d = digit(1)) > 9) {
-            n = 10 * n + a;
-            p += 1;
-            break;
-        }
-        ab = 10 * a + d;
-        if ((d = digit(2)) > 9) {
-            n = 100 * n + ab;
-            p += 2;
-            break;
-        }
-        abc = 10 * ab + d;
-        if ((d = digit(3)) > 9) {
-            n = 1000 * n + abc;
-            p += 3;
-            break;
-        }
-        n = 10000 * n + (10 * abc + d);
-    }
-    *number = n;
-    return p;
-}
-
-struct HexDigits {
-    unsigned char value[256];  // 16 and more for what is no digit
-};
-
-constexpr HexDigits HEX_DIGITS = [] {
-    HexDigits digits = {};
-    for (unsigned c = 0; c < 256; c++) {
-        const unsigned letter = (c | 0x20) - 'a';
-        const unsigned value = c - '0' <= 9 ? c - '0' : letter <= 5 ? letter + 10 : 16;
-        digits.value[c] = static_cast<unsigned char>(value);
-    }
-    return digits;
-}();
 
 static inline const char* read_hex(const char* p, u8* number) {
     u8 n = 0;
-    for (unsigned digit; (digit = HEX_DIGITS.value[static_cast<unsigned char>(*p)]) < 16; p++)
+    for (unsigned digit; (digit = hex_digit(*p)) < 16; p++)
         n = n << 4 | digit;
     *number = n;
     return p;
 }
 
-static inline bool has_hex_prefix(const char* p) {
-    return p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
-}
-
-// What "%lu%c%c" or "%lx%c%c" reads: how many items, the number, and the characters behind it,
-// which are NUL when they were not read.
+// How many items there are, of a number and up to two characters behind it, and these, which are
+// NUL when they are not there.
 struct Scanned {
     u8 number = 0;
     int items = 0;
     char c1 = '\0', c2 = '\0';
+
+    // What stands behind the number.
+    void take_rest(const char* end) {
+        items = 1;
+        if (*end != '\0') {
+            c1 = end[0];
+            c2 = end[1];
+            items = c2 == '\0' ? 2 : 3;
+        }
+    }
 };
 
 [[gnu::noinline, gnu::cold]] static Scanned scan_by_platform(const char* text, bool hex) {
     Scanned s;
-    s.items = sscanf(text, hex ? "%lx%c%c" : "%lu%c%c", &s.number, &s.c1, &s.c2);
+    const char* const end = unsigned_by_platform(text, hex ? 16 : 10, &s.number);
+    if (end != nullptr)
+        s.take_rest(end);
     return s;
 }
 
 static inline Scanned scan(const char* text, bool hex) {
     Scanned s;
-    const char* const end = hex ? read_hex(text, &s.number) : read_decimal(text, &s.number);
+    const char* const end = hex ? read_hex(text, &s.number) : read_digits(text, &s.number);
     const auto digits = static_cast<size_t>(end - text);
     const bool maybe_prefix = hex && digits == 1 && *text == '0' && (*end == 'x' || *end == 'X');
     if (digits == 0 || maybe_prefix)
         return scan_by_platform(text, hex);
-    if (digits > (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS))
+    if (digits > (hex ? MAX_HEX_DIGITS : DECIMAL_DIGITS))
         s.number = strtoul(text, nullptr, hex ? 16 : 10);  // saturates
-    s.items = 1;
-    if (*end != '\0') {
-        s.c1 = end[0];
-        s.c2 = end[1];
-        s.items = s.c2 == '\0' ? 2 : 3;
-    }
+    s.take_rest(end);
     return s;
 }
 
@@ -206,22 +163,22 @@ static bool scan_number(const char* buffer, bool allow_undecorated_hex, bool all
 
 // Reads what most people type, digits with perhaps "0x" before and a multiplier behind them, and
 // declines the rest.
-static inline bool scan_plain(const char* text, u8* number) {
+static inline bool scan_number_fast(const char* text, u8* number) {
     u8 n = 0;
     const bool hex = has_hex_prefix(text);
     const char* const start = hex ? text + 2 : text;
-    const char* const end = hex ? read_hex(start, &n) : read_decimal(start, &n);
+    const char* const end = hex ? read_hex(start, &n) : read_digits(start, &n);
     const unsigned shift = shift_of(*end);
     const auto digits = static_cast<size_t>(end - start);
     *number = n << (shift & 63);
-    return digits - 1 < (hex ? MAX_HEX_DIGITS : MAX_DECIMAL_DIGITS) && shift != NO_MULTIPLIER;
+    return digits - 1 < (hex ? MAX_HEX_DIGITS : DECIMAL_DIGITS) && shift != NO_MULTIPLIER;
 }
 
-// Out of line, so that plain numbers need no stack frame.
+// Out of line, so that numbers that are read fast need no stack frame.
 template <typename Value>
-[[gnu::noinline]] static bool read_unusual(const char* str, Value* value,
-                                           bool allow_undecorated_hex, bool allow_negative,
-                                           const char** error_msg) {
+[[gnu::noinline]] static bool scan_and_store(const char* str, Value* value,
+                                             bool allow_undecorated_hex, bool allow_negative,
+                                             const char** error_msg) {
     u8 number;
     if (!scan_number(str, allow_undecorated_hex, allow_negative, &number, error_msg))
         return false;
@@ -234,8 +191,8 @@ template <typename Value>
 static inline bool read_integer(const char* str, Value* value, bool allow_undecorated_hex,
                                 bool allow_negative, const char** error_msg) {
     u8 number;
-    if (!scan_plain(str, &number))
-        return read_unusual(str, value, allow_undecorated_hex, allow_negative, error_msg);
+    if (!scan_number_fast(str, &number))
+        return scan_and_store(str, value, allow_undecorated_hex, allow_negative, error_msg);
     *value = static_cast<Value>(number);
     return true;
 }
@@ -268,65 +225,33 @@ bool strToSuffixAddress(const char* str, void** value, const char** error_msg) {
     return true;
 }
 
-// Reads an exponent such as "e-7", if there is one. Null when it is incomplete or of many digits.
-static inline const char* read_exponent(const char* p, s8* power) {
-    constexpr ptrdiff_t MAX_EXPONENT_DIGITS = 4;
-    if ((*p | 0x20) != 'e')
-        return p;
-    const bool negative = *++p == '-';
-    if (negative || *p == '+')
-        p++;
-    u8 n = 0;
-    const char* const end = read_decimal(p, &n);
-    if (end == p || end - p > MAX_EXPONENT_DIGITS)
-        return nullptr;
-    *power += static_cast<s8>(negative ? -n : n);
-    return end;
-}
-
-// Reads a plain number that ends the text or has a multiplier behind it, and stores it times the
+// Reads a number that ends the text or has a multiplier behind it, and stores it times the
 // multiplier. Declines when it is anything else or not easily rounded.
-static inline bool read_double(const char* p, double* value) {
+static inline bool read_double_fast(const char* p, double* value) {
     const bool negative = *p == '-';
     if (negative || *p == '+')
         p++;
-    const char* const start = p;
-    u8 digits = 0;
-    p = read_decimal(p, &digits);
-    auto count = static_cast<size_t>(p - start);
-    s8 power = 0;
-    if (*p == '.') {
-        const char* const fraction = ++p;
-        p = read_decimal(p, &digits);
-        count += static_cast<size_t>(p - fraction);
-        power = fraction - p;
-        if (!decimal_point_is_usual())
-            return false;
-    }
-    if (count == 0)
-        return false;
-    for (const char* zero = start; count > MAX_DECIMAL_DIGITS && (*zero == '0' || *zero == '.');
-         zero++)
-        count -= *zero == '0';
-    p = read_exponent(p, &power);
-    if (count > MAX_DECIMAL_DIGITS || p == nullptr || shift_of(*p) == NO_MULTIPLIER)
+    Decimal decimal;
+    const char* const end = read_decimal(p, &decimal);
+    if (end == nullptr || shift_of(*end) == NO_MULTIPLIER ||
+        (*decimal.integer_end == '.' && !locale_has_point()))
         return false;
     double number;
-    if (!decimal_to_double(negative, digits, power, &number))
+    if (!decimal_to_double(negative, decimal.mantissa, decimal.exponent, &number))
         return false;
-    *value = multiplied(number, *p);
+    *value = multiplied(number, *end);
     return true;
 }
 
 bool strToSuffixDouble(const char* str, double* value, const char** error_msg) {
-    if (read_double(str, value))
+    if (read_double_fast(str, value))
         return true;
-    char suffix = '\0';
-    if (sscanf(str, "%lf%c", value, &suffix) <= 0)
+    const char* const end = double_by_platform(str, value);
+    if (end == nullptr)
         return fail(error_msg, "illegal floating point value");
-    if (shift_of(suffix) == NO_MULTIPLIER)
+    if (shift_of(*end) == NO_MULTIPLIER)
         return fail(error_msg, "illegal suffix");
-    *value = multiplied(*value, suffix);
+    *value = multiplied(*value, *end);
     return true;
 }
 
@@ -357,7 +282,7 @@ bool strToSuffixNanoTime(const char* str, nanotime* pvalue, const char** error_m
     if (negative || *p == '+')
         p++;
     u8 number = 0;
-    const char* const end = read_decimal(p, &number);
+    const char* const end = read_digits(p, &number);
     if (end == p)
         return fail(error_msg, "syntax error");
     s8 v = static_cast<s8>(negative ? -number : number);

@@ -1,10 +1,9 @@
-// The library's timing variables, filled while it is loaded, and the natives of
-// veltra.kestrum.os.Timing.
+// The natives of veltra.kestrum.os.Timing.
 //
 // Java reads the counter often, so its native is registered by init(), not found by name at the
 // first call.
 
-#include "osal/export/osal_timing_static_gen.h"
+#include "osal/export/osal_timing.h"
 
 #include <jni.h>
 #include <iterator>

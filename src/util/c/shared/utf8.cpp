@@ -34,7 +34,7 @@ static size_t character_length(const unsigned char* p, const unsigned char* end,
 }
 
 // For texts that are shorter than a vector.
-static bool validate_short(const unsigned char* p, const unsigned char* end, bool relax) {
+static bool validate_by_character(const unsigned char* p, const unsigned char* end, bool relax) {
     while (p < end) {
         const size_t length = character_length(p, end, relax);
         if (length == 0)
@@ -55,7 +55,11 @@ bool utf8_validate(const char* buffer, size_t length, bool relax) {
         return width_64::validate(p, length, relax);
     if (vector_bytes >= 32 && fits(length, 32))
         return width_32::validate(p, length, relax);
+    if (length == 17 && p[0] - 1U < 0x7F) {  // without an ASCII character at its start it fits
+        p++;
+        length--;
+    }
     if (fits(length, 16))
         return width_16::validate(p, length, relax);
-    return validate_short(p, p + length, relax);
+    return validate_by_character(p, p + length, relax);
 }

@@ -43,12 +43,11 @@ VECTOR_INLINE void check_overlong(Check* check, const Places& places) {
     check->errors |= reinterpret_cast<Bytes>(overlong);
 }
 
-// True when four vectors are ASCII; then only zeros can be wrong in them. The two bytes before have
-// to be ASCII, too: they may ask for continuations.
+// True when four vectors are ASCII; then only zeros can be wrong in them.
 VECTOR_INLINE bool are_ascii(const unsigned char* p, Bytes* smallest) {
     const Bytes a = load(p), b = load(p + WIDTH);
     const Bytes c = load(p + 2 * WIDTH), d = load(p + 3 * WIDTH);
-    if (any_high((a | b) | (c | d) | load(p - 2)))
+    if (any_high((a | b) | (c | d)))
         return false;
     *smallest = smaller(*smallest, smaller(smaller(a, b), smaller(c, d)));
     return true;
@@ -80,6 +79,13 @@ constexpr ptrdiff_t FOUR = 4 * WIDTH;
 
 template <bool relax>
 VECTOR_CODE static bool validate_all(const unsigned char* p, const unsigned char* end) {
+    // Vectors at the end may overlap those before, which does no harm.
+    const auto at = [end](const unsigned char* q) { return std::min(q, end - WIDTH); };
+    if (const Bytes a = load(p); end - p <= FOUR && !any_high(a)) {
+        const Bytes b = load(at(p + WIDTH)), c = load(at(p + 2 * WIDTH)), d = load(end - WIDTH);
+        if (!any_high(b | c | d))
+            return !any_zero(smaller(smaller(a, b), smaller(c, d)));
+    }
     if (end[-1] >= 0xC0 || end[-2] >= 0xE0)  // the last bytes ask for more
         return false;
     const Places first = first_places(p);
@@ -88,15 +94,16 @@ VECTOR_CODE static bool validate_all(const unsigned char* p, const unsigned char
     p += WIDTH;
     while (end - p >= FOUR) {
         // Most texts are ASCII for long stretches: a loop of its own keeps its state in registers.
-        while (end - p >= FOUR && are_ascii(p, &check.smallest))
-            p += FOUR;
+        // The two bytes before may ask for continuations.
+        if ((p[-1] | p[-2]) < 0x80)
+            while (end - p >= FOUR && are_ascii(p, &check.smallest))
+                p += FOUR;
         // Where something else stands, more of it is likely to follow.
         for (int i = 0; i < 2 && end - p >= FOUR; i++, p += FOUR)
             check_four<relax>(&check, p);
     }
 
-    // The rest, and last a vector that overlaps the one before, which does no harm.
-    const auto at = [end](const unsigned char* q) { return std::min(q, end - WIDTH); };
+    // The rest.
     Bytes hints = overlong_hints(first);
     for (const unsigned char* q = p; q < end; q += WIDTH) {
         const Places places = places_at(at(q));

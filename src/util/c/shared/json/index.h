@@ -15,6 +15,7 @@
 constexpr unsigned char ENCODED_ZERO = 0xC0;  // first byte of U+0000's two; starts nothing else
 
 constexpr size_t INDEXED_BYTES = 4096;
+constexpr size_t MASK_BYTES = 64;  // one bit each in a word
 
 // From any place, the bits of at least this many bytes can be taken at once.
 constexpr int BITS_AT_ONCE = 57;
@@ -22,7 +23,7 @@ constexpr int BITS_AT_ONCE = 57;
 struct Index {
     // One word more than a stretch has, because bits are taken eight bytes at once from any byte
     // on.
-    using Bits = u8[INDEXED_BYTES / 64 + 1];
+    using Bits = u8[INDEXED_BYTES / MASK_BYTES + 1];
 
     const char* begin;  // of the stretch
     size_t bytes;       // of the stretch, as far as scans may start there; 0 at first

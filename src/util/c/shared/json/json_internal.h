@@ -13,6 +13,12 @@
 constexpr size_t TOKEN_STEP = 256;       // the token buffer's first size, and by what it grows
 constexpr size_t BUILT_IN_DEPTH = 1024;  // open containers; more need memory
 
+struct json;
+
+// Delivers the word from `token` to `end` when it is a number that needs none of the platform's
+// conversions and returns its end, else null.
+using SendNumber = const char*(json* js, const char* token, const char* end);
+
 struct json {
     const char* end;      // the text's terminating zero byte
     const char* pos;      // the cursor, stored before events and errors; gives the line
@@ -25,6 +31,7 @@ struct json {
     char* open;    // what ends each open container, a JSONType: static_open until it has to grow
     size_t depth;
     size_t max_depth;
+    SendNumber* send_number;
     enum { UNKNOWN, POINT, OTHER } decimal_point;  // the locale's, asked for when first needed
     const char* start;
     char* errbuf;

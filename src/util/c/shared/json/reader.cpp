@@ -67,23 +67,35 @@ static inline const char* end_container(json* js, const char* bracket) {
     return in_object(js) ? read_separator(js, bracket + 1) : bracket + 1;
 }
 
+// A minus sign or a digit, or one of the two characters between them: one comparison, because signs
+// cannot be predicted.
+static inline bool may_begin_number(char c) {
+    return c >= '-' && c <= '9';
+}
+
 [[gnu::always_inline]] static inline const char* send_scalar(json* js, const char* token) {
     const char c = *token;
     if (begins_string(c)) {
-        const char* const end = scan_string(js, token);
+        const char* const end = scan_string_fast(js, token);
         deliver_text(js, token, end, JSON_STRING);
         return end;
     }
-    const char* const end =
-        is_digit(c) || c == '-' ? send_usual_number(js, token) : send_usual_literal(js, token);
-    return end != nullptr ? end : send_any_word(js, token);
+    const char* end;
+    if (may_begin_number(c)) {
+        end = word_end_fast(js, token);
+        if (end != nullptr)
+            end = js->send_number(js, token, end);
+    } else {
+        end = send_literal_fast(js, token);
+    }
+    return end != nullptr ? end : send_word(js, token);
 }
 
 // Reads a member's key and what stands between it and the value.
 [[gnu::always_inline]] static inline const char* read_key(json* js, const char* key) {
     if (is_end(*key))
         fail_at(js, key, "Object must end with '}'");
-    const char* p = begins_string(*key) ? scan_string(js, key) : scan_word(js, key);
+    const char* p = begins_string(*key) ? scan_string_fast(js, key) : scan_word(js, key);
     deliver_text(js, key, p, JSON_KEY);
     if (*p == ':' && !is_blank(p[1]) && p[1] != '/') [[likely]]
         return p + 1;
@@ -154,6 +166,7 @@ int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errle
     js.open = js.static_open;
     js.depth = 0;
     js.max_depth = sizeof js.static_open;
+    js.send_number = number_sender();
     js.decimal_point = json::UNKNOWN;
     js.index.begin = str;
     js.index.bytes = 0;

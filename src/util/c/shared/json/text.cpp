@@ -1,14 +1,15 @@
-// Comments, and the strings that are long, have escapes, stand between single quotes, or come near
-// the end of the text.
+// Comments and strings of all kinds.
 //
 // A comment may start wherever white space may stand, also directly after another, and a block
 // comment closes at the first "*/". One that nothing closes ends the document.
 
 #include "util/c/shared/json/text.h"
 
+#include "util/c/shared/digits.h"
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/utf8.h"
 
-#include <stdio.h>
+#include <stdlib.h>
 #include <wchar.h>
 #include <algorithm>
 
@@ -48,44 +49,42 @@ constexpr EscapeTable make_escape_table() {
 
 constexpr EscapeTable ESCAPES = make_escape_table();
 
-struct HexTable {
-    short value[256];  // -1 for what is no digit
-};
-
-constexpr HexTable make_hex_table() {
-    HexTable table = {};
-    std::fill_n(table.value, 256, static_cast<short>(-1));
-    for (short value = 0; value < 16; value++) {
-        table.value[static_cast<unsigned char>("0123456789abcdef"[value])] = value;
-        table.value[static_cast<unsigned char>("0123456789ABCDEF"[value])] = value;
-    }
-    return table;
-}
-
-constexpr HexTable HEX = make_hex_table();
-
-// The value of `count` plain digits, or -1.
-static inline int plain_hex(const char* p, int count) {
-    int value = 0;
+// The value of `count` hexadecimal digits, or -1 when they are none.
+static inline int read_hex_fast(const char* p, int count) {
+    unsigned value = 0;
     for (int i = 0; i < count; i++) {
-        const int digit = HEX.value[byte_of(p[i])];
-        if (digit < 0)
+        const unsigned digit = hex_digit(p[i]);
+        if (digit > 0xF)
             return -1;
         value = value << 4 | digit;
     }
-    return value;
+    return static_cast<int>(value);
+}
+
+// White space beyond ASCII, which counts where the locale's characters may have several bytes. Not
+// iswspace(), on which C libraries do not agree.
+static bool is_wide_space(wchar_t c) {
+    return MB_CUR_MAX > 1 && (c == 0x1680 || (c >= 0x2000 && c <= 0x200A && c != 0x2007) ||
+                              c == 0x2028 || c == 0x2029 || c == 0x205F || c == 0x3000);
+}
+
+// A character of a number, which the platform's conversions take from ASCII.
+static char narrowed(wchar_t c) {
+    if (c < 0x80)
+        return static_cast<char>(c);
+    return is_wide_space(c) ? ' ' : '?';
 }
 
 // The value of any `count` characters as the platform reads them; moves the cursor past them.
-static wchar_t scanned_hex(json* js, const char** cursor, int count) {
-    wchar_t text[5] = {};
+static wchar_t read_hex_by_platform(json* js, const char** cursor, int count) {
+    char text[5] = {};
     for (int i = 0; i < count; i++) {
-        text[i] = next_utf2wchar(cursor);
-        if (text[i] == 0)
+        text[i] = narrowed(next_utf2wchar(cursor));
+        if (text[i] == '\0')
             fail(js, js->extract, *cursor, "Unexpected end of input");
     }
-    unsigned value;
-    if (swscanf(text, L"%x", &value) != 1)
+    u8 value;
+    if (unsigned_by_platform(text, 16, &value) == nullptr)
         fail(js, js->extract, *cursor, "Bad format number");
     return static_cast<wchar_t>(value);
 }
@@ -96,10 +95,11 @@ static const char* scan_escape(json* js, const char* p) {
     p += 2;
     if (name == 'u' || name == 'x') {
         const int count = name == 'u' ? 4 : 2;
-        const int value = plain_hex(p, count);  // a wchar_t may be unsigned
+        const int value = read_hex_fast(p, count);  // a wchar_t may be unsigned
         if (value >= 0)
             p += count;
-        const wchar_t c = value >= 0 ? static_cast<wchar_t>(value) : scanned_hex(js, &p, count);
+        const wchar_t c =
+            value >= 0 ? static_cast<wchar_t>(value) : read_hex_by_platform(js, &p, count);
         char bytes[3];
         const unsigned length = wchar2utf8(bytes, c);
         append(js, bytes, length, p);
@@ -122,9 +122,9 @@ static const char* scan_special(json* js, const char* p) {
     return p + 1;
 }
 
-// Copies characters and the usual escapes as long as neither the text nor the token buffer comes
+// Copies characters and the escapes above as long as neither the text nor the token buffer comes
 // near its end. Returns where that, or something else, stopped it.
-static const char* copy_swiftly(json* js, const char* p) {
+static const char* copy_fast(json* js, const char* p) {
     constexpr ptrdiff_t BLOCK = 32;
     constexpr ptrdiff_t MARGIN = BLOCK + 4;  // a block, an escape, and the byte that stays free
     char* out = js->buffer + js->used;
@@ -149,7 +149,7 @@ static const char* copy_swiftly(json* js, const char* p) {
             p = stop + 2;
             continue;
         }
-        const int value = stop[1] == 'u' ? plain_hex(stop + 2, 4) : -1;
+        const int value = stop[1] == 'u' ? read_hex_fast(stop + 2, 4) : -1;
         if (value < 0)
             break;
         out += wchar2utf8(out, static_cast<wchar_t>(value));
@@ -159,8 +159,8 @@ static const char* copy_swiftly(json* js, const char* p) {
     return p;
 }
 
-// How many bytes from p on need no look.
-static size_t plain_bytes(json* js, const char* p, char quote) {
+// How many bytes from p on are copied as they are.
+static size_t count_copied(json* js, const char* p, char quote) {
     if (quote == '"') {
         const u8 stops = bits_at(&js->index, js->index.string_stops, p, js->end);
         return static_cast<size_t>(std::min(std::countr_zero(stops), BITS_AT_ONCE));
@@ -171,20 +171,20 @@ static size_t plain_bytes(json* js, const char* p, char quote) {
     return static_cast<size_t>(stop - p);
 }
 
-const char* scan_any_string(json* js, const char* token) {
+const char* scan_string(json* js, const char* token) {
     const char quote = *token;
     const char* p = token + 1;
     js->extract = token;
     js->used = 0;
     while (true) {
         if (quote == '"')
-            p = copy_swiftly(js, p);
-        const size_t plain = plain_bytes(js, p, quote);
-        append(js, p, plain, p);
-        p += plain;
+            p = copy_fast(js, p);
+        const size_t count = count_copied(js, p, quote);
+        append(js, p, count, p);
+        p += count;
         if (*p == quote)
             break;
-        if (plain == 0)
+        if (count == 0)
             p = scan_special(js, p);
     }
     terminate(js, p);

@@ -1,4 +1,4 @@
-// White space and quoted strings, the usual ones in place.
+// White space and quoted strings.
 #ifndef UTIL_C_SHARED_JSON_TEXT_H
 #define UTIL_C_SHARED_JSON_TEXT_H
 
@@ -26,19 +26,19 @@ static inline bool begins_string(char c) {
     return c == '"' || c == '\'';
 }
 
-// The end of the string whose opening quote is at `token`, for strings of all kinds.
-const char* scan_any_string(json* js, const char* token);
-
 // The end of the string whose opening quote is at `token`; its characters go to the token buffer.
-static inline const char* scan_string(json* js, const char* token) {
-    constexpr ptrdiff_t USUAL_BYTES = 64;  // copied whatever the length: no branch depends on it
+const char* scan_string(json* js, const char* token);
+
+// The same, for a string between double quotes that is short and has no escapes.
+static inline const char* scan_string_fast(json* js, const char* token) {
+    constexpr ptrdiff_t MAX_BYTES = 64;  // copied whatever the length: no branch depends on it
     const char* const text = token + 1;
     const u8 stops = bits_at(&js->index, js->index.string_stops, text, js->end);
     const size_t length = static_cast<size_t>(std::countr_zero(stops));
     if (stops == 0 || text[length] != '"' || *token != '"') [[unlikely]]
-        return scan_any_string(js, token);
-    if (js->end - text >= USUAL_BYTES) [[likely]]
-        memcpy(js->buffer, text, USUAL_BYTES);
+        return scan_string(js, token);
+    if (js->end - text >= MAX_BYTES) [[likely]]
+        memcpy(js->buffer, text, MAX_BYTES);
     else
         memcpy(js->buffer, text, length);
     js->buffer[length] = '\0';

@@ -1,17 +1,19 @@
-// Bare words in general. What a word means is decided by the platform's conversions, "%lf" for
-// words with a point or an "e" and then "%li"; what is read here is read as they would.
+// Bare words. What a word means is decided by the platform's conversions, to a double for words
+// with a point or an "e" and then to an integer; what is read here is read as they would.
 
 #include "util/c/shared/json/words.h"
 
+#include "util/c/shared/decimal.h"
+#include "util/c/shared/digits.h"
+#include "util/c/shared/platform_numbers.h"
 #include "util/export/posix/stringutil_pd.h"
 
-#include <stdio.h>
 #include <string.h>
 
 const char* scan_word(json* js, const char* token) {
     const char* p = token;
     const char* end;
-    while ((end = near_word_end(js, p)) == nullptr)
+    while ((end = word_end_fast(js, p)) == nullptr)
         p += BITS_AT_ONCE;
     if (end == token)
         fail_at(js, token, "Missing value");
@@ -22,84 +24,58 @@ const char* scan_word(json* js, const char* token) {
     return end;
 }
 
-// The end of the digits at p, which `value` takes on at its end, modulo 2^64.
-static inline const char* read_digits(const char* p, const char* end, u8* value) {
-    for (; end - p >= 8; p += 8) {
-        const u8 bytes = last_bytes(p + 8, 8);
-        if (!are_digits(bytes))
-            break;
-        *value = *value * 100'000'000 + value_of_digits(bytes);
-    }
-    for (; is_digit(*p); p++)
-        *value = *value * 10 + (byte_of(*p) - static_cast<u8>('0'));
-    return p;
+static bool has_point(json* js) {
+    if (js->decimal_point == json::UNKNOWN) [[unlikely]]
+        js->decimal_point = locale_has_point() ? json::POINT : json::OTHER;
+    return js->decimal_point == json::POINT;
 }
 
-// Reads "e", a sign or none, and digits at p into `exponent`. Null for anything unusual.
-static const char* read_exponent(const char* p, int* exponent) {
-    constexpr int MAX_DIGITS = 4;
-    const bool negative = *++p == '-';
-    if (*p == '-' || *p == '+')
-        p++;
-    int value = 0;
-    const char* const digits = p;
-    for (; is_digit(*p) && p - digits < MAX_DIGITS; p++)
-        value = value * 10 + (*p - '0');
-    *exponent += negative ? -value : value;
-    return p == digits ? nullptr : p;
-}
+// These deliver the number from `token` to `end` and return its end. They return null for what is
+// left to the platform. Out of line, so that what reads the digits needs no stack frame.
 
-// How many of the `count` digits at p, among them a point, are left without the leading zeros.
-static ptrdiff_t significant_digits(const char* p, ptrdiff_t count) {
-    for (; *p == '0' || *p == '.'; p++)
-        count -= *p == '0';
-    return count;
-}
-
-static bool send_ordinary_integer(json* js, const char* token, const char* end, u8 magnitude) {
+// Leaves octal integers, and those that may not fit.
+[[gnu::noinline]] static const char* send_integer(json* js, const char* token, const char* end,
+                                                  u8 magnitude) {
     constexpr ptrdiff_t SAFE_DIGITS = 18;  // any integer of that many fits
     const bool negative = *token == '-';
     const char* const digits = token + negative;
-    const bool octal = *digits == '0' && end - digits > 1;
-    if (octal || end - digits > SAFE_DIGITS)
-        return false;
+    if (end - digits > SAFE_DIGITS || (*digits == '0' && end - digits > 1))
+        return nullptr;
     JSONVal value;
     value.int_value = static_cast<s8>(negative ? -magnitude : magnitude);
     deliver(js, token, end, JSON_INTEGER, &value);
-    return true;
+    return end;
 }
 
-bool send_ordinary_number(json* js, const char* token, const char* end) {
-    const char* const digits = token + (*token == '-');
-    u8 mantissa = 0;
-    const char* p = read_digits(digits, end, &mantissa);
-    ptrdiff_t count = p - digits;
-    if (count == 0)
-        return false;
-    if (p == end)
-        return send_ordinary_integer(js, token, end, mantissa);
-    const bool has_point = *p == '.';
-    int exponent = 0;
-    if (has_point) {
-        const char* const fraction = p + 1;
-        p = read_digits(fraction, end, &mantissa);
-        if (p == fraction)
-            return false;
-        count += p - fraction;
-        exponent = static_cast<int>(fraction - p);
-    }
-    if (*p == 'e' || (*p == 'E' && has_point))
-        p = read_exponent(p, &exponent);
-    if (p != end)
-        return false;
-    if (count > DECIMAL_DIGITS && significant_digits(digits, count) > DECIMAL_DIGITS)
-        return false;
+[[gnu::noinline]] static const char* send_float(json* js, const char* token, const char* end,
+                                                double number) {
     JSONVal value;
-    if (!decimal_point_is_point(js) ||
-        !decimal_to_double(digits != token, mantissa, exponent, &value.double_value))
-        return false;
+    value.double_value = number;
     deliver(js, token, end, JSON_FLOAT, &value);
-    return true;
+    return end;
+}
+
+// For numbers of any length and form.
+[[gnu::noinline]] static const char* send_number(json* js, const char* token, const char* end) {
+    Decimal decimal;
+    if (read_decimal(token + (*token == '-'), &decimal) != end)
+        return nullptr;
+    if (decimal.integer_end == end)
+        return send_integer(js, token, end, decimal.mantissa);
+    double value;
+    if (*decimal.integer_end == 'E' || !has_point(js) ||
+        !decimal_to_double(*token == '-', decimal.mantissa, decimal.exponent, &value))
+        return nullptr;
+    return send_float(js, token, end, value);
+}
+
+#define VECTOR_KERNEL "util/c/shared/json/words_vectors.inl"
+#include "util/c/shared/vector/widths.h"
+
+SendNumber* number_sender() {
+    return vector_bytes >= 64   ? width_64::send_number_fast
+           : vector_bytes >= 32 ? width_32::send_number_fast
+                                : width_16::send_number_fast;
 }
 
 // Spares most words the platform's conversions: how a number, an infinity or a "nan" may start.
@@ -111,32 +87,29 @@ static bool may_be_number(const char* word) {
     return kestrum_util_strnicmp(word, "inf", 3) == 0 || kestrum_util_strnicmp(word, "nan", 3) == 0;
 }
 
-// Newer C libraries take "0b1" for a number where a C++ program asks for "%li". A document means
-// the same everywhere.
-static bool is_binary(const char* word) {
-    word += *word == '-' || *word == '+';
-    return word[0] == '0' && (word[1] == 'b' || word[1] == 'B');
+// True when a number was found that ends with its word.
+static bool is_whole(const char* end) {
+    return end != nullptr && *end == '\0';
 }
 
-static bool try_send_number(json* js, const char* token, const char* end) {
+static bool send_number_by_platform(json* js, const char* token, const char* end) {
     const char* const word = js->buffer;
     JSONVal value;
-    char rest;
     if (!may_be_number(word))
         return false;
-    if (strpbrk(word, ".e") != nullptr && sscanf(word, "%lf%c", &value.double_value, &rest) == 1) {
+    if (strpbrk(word, ".e") != nullptr && is_whole(double_by_platform(word, &value.double_value))) {
         deliver(js, token, end, JSON_FLOAT, &value);
         return true;
     }
     long integer;
-    if (is_binary(word) || sscanf(word, "%li%c", &integer, &rest) != 1)
+    if (!is_whole(integer_by_platform(word, &integer)))
         return false;
     value.int_value = integer;
     deliver(js, token, end, JSON_INTEGER, &value);
     return true;
 }
 
-const char* send_any_word(json* js, const char* token) {
+const char* send_word(json* js, const char* token) {
     const char* const end = scan_word(js, token);
     if (kestrum_util_stricmp(js->buffer, "true") == 0)
         deliver(js, token, end, JSON_TRUE, nullptr);
@@ -144,7 +117,7 @@ const char* send_any_word(json* js, const char* token) {
         deliver(js, token, end, JSON_FALSE, nullptr);
     else if (kestrum_util_stricmp(js->buffer, "null") == 0)
         deliver(js, token, end, JSON_NULL, nullptr);
-    else if (!try_send_number(js, token, end))
+    else if (!send_number_by_platform(js, token, end))
         deliver_text(js, token, end, JSON_STRING);
     return end;
 }

@@ -140,7 +140,7 @@ static char* format_plainly(char* end, char* limit, const char* fmt, va_list arg
     }
 }
 
-char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args) {
+char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list* args) {
     max = std::min(max, MOST_ROOM);
     char* const limit = buf + max - 1;
     char* end;
@@ -148,13 +148,13 @@ char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args) {
         end = put(buf, limit, fmt, strnlen(fmt, max));
     } else {
         va_list first_attempt;
-        va_copy(first_attempt, args);
+        va_copy(first_attempt, *args);
         end = format_plainly(buf, limit, fmt, first_attempt);
         va_end(first_attempt);
     }
     if (end == nullptr) {
         buf[0] = '\0';
-        const int needed = vsnprintf(buf, max, fmt, args);
+        const int needed = vsnprintf(buf, max, fmt, *args);
         // When a conversion fails, what came before it stands.
         end = needed < 0 ? buf + strnlen(buf, max - 1) : std::min(buf + needed, limit);
     }
@@ -167,7 +167,7 @@ char* log_sprintf(char* buf, size_t* bytesLeft, const char* fmt, ...) {
         return buf;
     va_list args;
     va_start(args, fmt);
-    char* end = log_vsnprintf(buf, *bytesLeft, fmt, args);
+    char* end = log_vsnprintf(buf, *bytesLeft, fmt, &args);
     va_end(args);
     *bytesLeft -= static_cast<size_t>(end - buf);
     return end;

@@ -31,10 +31,12 @@ extern "C" {
 extern volatile int loggers_lock;
 
 // The newest logger. The chain below a logger never changes once it is the head, so a lookup may
-// follow it without the lock.
+// follow it without the lock: it loads the head with acquire, which shows it all that was written
+// before the head was stored with release. Under the lock a relaxed load will do.
 extern std::atomic<logger*> all_loggers;
 
-// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met.
+// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met. May be
+// read relaxed: a list with room for too few modules leaves the newest out.
 extern std::atomic<size_t> num_modules;
 
 // Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
@@ -50,8 +52,9 @@ void apply_remembered_decorations(logger* log);
 // format.cpp
 
 // Formats into `max` bytes of room, at least 1, and returns the position of the terminator of
-// what was written. A null `args` takes `fmt` as plain text.
-char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list args);
+// what was written. A null `args` takes `fmt` as plain text; it is a pointer because a va_list may
+// be a record. The list is used up, and its owner ends it.
+char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list* args);
 
 // Writes a decimal number of at least `min_digits` digits, zero-filled, in at most NUMBER_BYTES
 // and without a terminator. Returns its end.
@@ -62,7 +65,7 @@ constexpr size_t NUMBER_BYTES = 20;
 
 // Builds one line for module `m` with the decorations word `d` and writes it. `args` may be null:
 // `fmt` is then plain text. Takes the module's lock shared.
-void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args);
+void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list* args);
 
 // streams.cpp
 
@@ -135,7 +138,9 @@ inline constexpr const char* sanitylevel_names[SANITY_MAX] = {"NONE", "MINIMAL",
 inline constexpr const char* decoration_names[NUM_STD_DECORATIONS] = {
     "LEVEL", "MODULE", "TIMESTAMP", "MILLIS", "NANOS", "OSTHREADID", "PID"};
 
-// Levels and decoration words are read by other threads while they change.
+// Levels and decoration words are read by other threads while they change. Relaxed is enough on
+// every processor: each is a value of its own, and what it lets a thread do needs nothing that was
+// written before it. Tables of decorators are constant, and streams have locks.
 template <typename T>
 inline void store_word(T* word, T value) {
     __atomic_store_n(word, value, __ATOMIC_RELAXED);

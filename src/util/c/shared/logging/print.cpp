@@ -11,6 +11,7 @@
 
 #include "osal/export/osal_threads.h"
 #include "osal/export/osal_timing.h"
+#include "sharedinc/pause.h"
 #include "util/c/shared/logging/cancellation.h"
 
 #include <stdarg.h>
@@ -18,6 +19,10 @@
 #include <string.h>
 #include <time.h>
 #include <algorithm>
+#include <bit>
+#include <type_traits>
+
+static_assert(std::endian::native == std::endian::little, "columns are put together in words");
 
 constexpr size_t DECORATION_BYTES = 100;  // of one line's standard ones; extended ones add theirs
 constexpr size_t MESSAGE_BYTES = 1023;    // with its terminator, which the newline replaces
@@ -31,17 +36,12 @@ constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_D
 // The standard decorations are written one by one into the line, which has room for all of them,
 // and cut to their budget together.
 
-// Left-justified in exactly seven columns. The text is put together in a register: the stream
-// copies the line in wide pieces soon after, and those would wait for single bytes to leave the
-// store buffer.
+// Left-justified in exactly seven columns.
 static char* put_module(char* position, const char* name) {
-    constexpr int WIDTH = 7;
-    u8 columns = 0x5D20202020202020;  // spaces and the closing bracket
-    for (int i = 0; i < WIDTH && name[i] != '\0'; i++)
-        columns ^= static_cast<u8>(static_cast<unsigned char>(name[i]) ^ ' ') << (8 * i);
-    *position++ = '[';
-    memcpy(position, &columns, sizeof columns);
-    return position + WIDTH + 1;
+    constexpr size_t WIDTH = 7;
+    memcpy(position, "[       ]", WIDTH + 2);
+    memcpy(position + 1, name, strnlen(name, WIDTH));
+    return position + WIDTH + 2;
 }
 
 constexpr size_t LEVEL_COLUMN_BYTES = 7;
@@ -121,7 +121,7 @@ static bool try_to_lock(FILE* stream) {
         if (ftrylockfile(stream) == 0)
             return true;
         for (int i = 0; i < PAUSES_BETWEEN_ATTEMPTS; i++)
-            __builtin_ia32_pause();
+            pause_processor();
     }
     return false;
 }
@@ -145,7 +145,8 @@ static void write_line(logmodule* m, const char* line, size_t length) {
     rwReadUnlock(&m->lock);
 }
 
-void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt, va_list args) {
+void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* fmt,
+              va_list* args) {
     const unsigned decorations = static_cast<unsigned>(d);
     size_t size = DECORATION_BYTES;
     if ((decorations >> NUM_STD_DECORATIONS) != 0)
@@ -167,15 +168,32 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
     osSetLastError(last_error);
 }
 
+// Where lists of arguments are passed by their address, a caller may pass none.
+template <typename List>
+static bool is_missing(const List& args) {
+    if constexpr (std::is_pointer_v<List>)
+        return args == nullptr;
+    else
+        return false;
+}
+
 void _logforceprintdecorationsv(logger* loggers, LogModule module, MsgLevel level, int decorations,
                                 const char* fmt, va_list args) {
-    logprint(loggers, &loggers->loggers[module], decorations, level, fmt, args);
+    logmodule* m = &loggers->loggers[module];
+    if (is_missing(args)) {
+        logprint(loggers, m, decorations, level, fmt, nullptr);
+        return;
+    }
+    va_list own;  // a parameter's address is not always that of a list
+    va_copy(own, args);
+    logprint(loggers, m, decorations, level, fmt, &own);
+    va_end(own);
 }
 
 void _logforceprintv(logger* loggers, LogModule module, MsgLevel level, const char* fmt,
                      va_list args) {
-    logmodule* m = &loggers->loggers[module];
-    logprint(loggers, m, static_cast<int>(load_word(&m->decorations)), level, fmt, args);
+    const unsigned decorations = load_word(&loggers->loggers[module].decorations);
+    _logforceprintdecorationsv(loggers, module, level, static_cast<int>(decorations), fmt, args);
 }
 
 void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level, int decorations,

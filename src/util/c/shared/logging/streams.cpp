@@ -8,7 +8,9 @@
 // streams_lock guards the list and every count, always exclusively. Nothing in this file takes
 // another lock while holding it. Each step leaves the list such that a fork's child, in which the
 // thread that took it is gone, can use it: a record is whole before it is linked in and unlinked
-// before its file is closed, and counts are never too low.
+// before its file is closed, and counts are never too low. The stores to the list are releases for
+// the child alone, whose memory holds what the other thread stored up to some point: neither
+// compiler nor processor may move the link before the record.
 
 #include "util/c/shared/logging/logging_internal.h"
 

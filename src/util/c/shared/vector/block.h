@@ -36,13 +36,16 @@ static inline Set at_most(Block block, unsigned char c) {
     return block <= Block{} + c;
 }
 
+#if !defined(__SSE2__)
+inline constexpr Block BIT_WEIGHTS = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+#endif
+
 // One bit for each byte of the set, the first byte's lowest.
 static inline unsigned bits_of(Set set) {
 #if defined(__SSE2__)
     return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(set)));
 #else
-    const uint8x16_t weights = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
-    const uint8x16_t bits = vandq_u8(vreinterpretq_u8_s8(set), weights);
+    const uint8x16_t bits = vandq_u8(vreinterpretq_u8_s8(set), BIT_WEIGHTS);
     return vaddv_u8(vget_low_u8(bits)) | unsigned{vaddv_u8(vget_high_u8(bits))} << 8;
 #endif
 }

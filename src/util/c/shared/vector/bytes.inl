@@ -56,6 +56,26 @@ VECTOR_INLINE Bytes moved_up(Bytes bytes) {
 #endif
 }
 
+#if VECTOR_TABLES
+// The entries of a table of 16 for as many indexes, which must be below 16.
+VECTOR_INLINE Bytes look_up(const unsigned char (&table)[16], Bytes indexes) {
+#if VECTOR_BYTES == 64
+    constexpr __mmask16 ALL = 0xFFFF;  // the unmasked form makes compilers warn
+    const __m128i block = reinterpret_cast<__m128i>(load_block(table));
+    const __m512i entries = _mm512_maskz_broadcast_i32x4(ALL, block);
+    return reinterpret_cast<Bytes>(
+        _mm512_shuffle_epi8(entries, reinterpret_cast<__m512i>(indexes)));
+#elif VECTOR_BYTES == 32
+    const __m256i entries =
+        _mm256_broadcastsi128_si256(reinterpret_cast<__m128i>(load_block(table)));
+    return reinterpret_cast<Bytes>(
+        _mm256_shuffle_epi8(entries, reinterpret_cast<__m256i>(indexes)));
+#else
+    return vqtbl1q_u8(load_block(table), indexes);
+#endif
+}
+#endif
+
 // True when a byte is 80 or above.
 VECTOR_INLINE bool any_high(Bytes bytes) {
 #if VECTOR_BYTES == 64
@@ -75,5 +95,32 @@ VECTOR_INLINE bool any_zero(Bytes bytes) {
                                   reinterpret_cast<__m512i>(bytes)) != 0;
 #else
     return any_high(reinterpret_cast<Bytes>(bytes == Bytes{}));
+#endif
+}
+
+// 64 bytes, of which a word holds one bit each.
+struct Bytes64 {
+    static constexpr int PARTS = 64 / VECTOR_BYTES;
+    Bytes part[PARTS];
+};
+
+// One bit for each byte that is zero, the first byte's lowest.
+VECTOR_INLINE u8 zeros(const Bytes64& bytes) {
+#if VECTOR_BYTES == 64
+    const __m512i all = reinterpret_cast<__m512i>(bytes.part[0]);
+    return _mm512_testn_epi8_mask(all, all);
+#elif VECTOR_BYTES == 32
+    const auto low = reinterpret_cast<__m256i>(bytes.part[0] == Bytes{});
+    const auto high = reinterpret_cast<__m256i>(bytes.part[1] == Bytes{});
+    return u8{static_cast<unsigned>(_mm256_movemask_epi8(high))} << 32 |
+           static_cast<unsigned>(_mm256_movemask_epi8(low));
+#elif defined(__SSE2__)
+    const auto bits = [&](int i) { return u8{bits_of(bytes.part[i] == Bytes{})} << 16 * i; };
+    return bits(3) | bits(2) | bits(1) | bits(0);
+#else
+    const auto bits = [&](int i) { return vandq_u8(vceqzq_u8(bytes.part[i]), BIT_WEIGHTS); };
+    const uint8x16_t lower = vpaddq_u8(bits(0), bits(1)), upper = vpaddq_u8(bits(2), bits(3));
+    const uint8x16_t sums = vpaddq_u8(lower, upper);
+    return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(sums, sums)), 0);
 #endif
 }

@@ -4,9 +4,7 @@
 
 // The widest vectors that may be chosen, in bytes. Tests build the library with less, so that every
 // width is tested on one processor.
-#ifdef KX_NARROW
-#define KX_WIDEST 16
-#elif !defined(KX_WIDEST)
+#ifndef KX_WIDEST
 #define KX_WIDEST 64
 #endif
 
@@ -14,7 +12,8 @@
 // AVX-512 counts only from the processors on that have VBMI: those before slow down under it.
 static int widest_vectors() {
     if (KX_WIDEST >= 64 && __builtin_cpu_supports("avx512bw") != 0 &&
-        __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("bmi2") != 0)
+        __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512vbmi") != 0 &&
+        __builtin_cpu_supports("bmi2") != 0)
         return 64;
     return __builtin_cpu_supports("avx2") != 0 ? 32 : 16;
 }
@@ -24,8 +23,5 @@ static const int vector_bytes = widest_vectors();
 #else
 constexpr int vector_bytes = 16;
 #endif
-
-// Marks a function that needs AVX2.
-#define WIDE [[gnu::target("avx2")]]
 
 #endif

@@ -3,12 +3,14 @@
 // A source defines VECTOR_KERNEL as the name of its kernel's file and includes this header, which
 // includes the kernel once for each width, in the namespaces width_16, width_32 and width_64, after
 // the operations of bytes.inl for that width. Each of the kernel's functions is marked VECTOR_CODE
-// or VECTOR_INLINE, which name the instructions that it may use. A template over the width would
+// or VECTOR_INLINE, which name the instructions that it may use; VECTOR_TABLES tells whether they
+// include look_up(). A template over the width would
 // need no second file, but compilers do not inline code for special instructions into a template
 // that is compiled without them.
 #ifndef UTIL_C_SHARED_VECTOR_WIDTHS_H
 #define UTIL_C_SHARED_VECTOR_WIDTHS_H
 
+#include "sharedinc/inttype.h"
 #include "util/c/shared/vector/block.h"
 #include "util/c/shared/vector/choice.h"
 
@@ -21,17 +23,25 @@
 
 #define VECTOR_INLINE VECTOR_CODE [[gnu::always_inline]] static inline
 
+// The base instruction set of x86-64 lacks look_up().
 #define VECTOR_BYTES 16
+#if defined(__SSE2__)
+#define VECTOR_TABLES 0
+#else
+#define VECTOR_TABLES 1
+#endif
 #define VECTOR_CODE
 namespace width_16 {
 #include "util/c/shared/vector/bytes.inl"
 #include VECTOR_KERNEL
 }  // namespace width_16
 #undef VECTOR_BYTES
+#undef VECTOR_TABLES
 #undef VECTOR_CODE
 
 #if defined(__x86_64__)
 
+#define VECTOR_TABLES 1
 #define VECTOR_BYTES 32
 #define VECTOR_CODE [[gnu::target("avx2")]]
 namespace width_32 {
@@ -42,7 +52,7 @@ namespace width_32 {
 #undef VECTOR_CODE
 
 #define VECTOR_BYTES 64
-#define VECTOR_CODE [[gnu::target("avx512bw,avx512vbmi,bmi2")]]
+#define VECTOR_CODE [[gnu::target("avx512bw,avx512vl,avx512vbmi,bmi2")]]
 namespace width_64 {
 #include "util/c/shared/vector/bytes.inl"
 #include VECTOR_KERNEL
