@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev git
     clang clang-format clang-tidy libclang-rt-dev shellcheck python3
-    pkg-config dpkg-dev file lintian spin)
+    pkg-config dpkg-dev file lintian spin doxygen)
 bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
     libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
     rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib)
