@@ -109,10 +109,11 @@ def convert(path, source):
             if name:
                 rows.append(f"| {name[1]}{'()' * (name[2] == '(')} | {escaped(sentence(about, '.'))} |")
         about = about if line else []
-        comment, ended = [], line.endswith(";")
+        comment, ended = [], re.search(r";( +//.*)?$", line)
         out.append(re.sub(r"(\S) +// ", r"\1  ///< ", line))
     link = f'@ref {path} "{path}"'
-    return "\n".join(out), ["", heading, "", link, "", "| name | what |", "|---|---|", *dict.fromkeys(rows)] * bool(rows)
+    table = ["| name | what |", "|---|---|", *dict.fromkeys(rows)]
+    return "\n".join(out), ["", heading, "", link, "", *table] if rows else []
 
 
 def natives(tree):
@@ -137,17 +138,18 @@ def main(tree, folder, version, doxygen, javadoc=None):
         index += part
     if javadoc:
         index += ["", '## Java classes', "", '<a href="java/index.html">Their own reference</a>']
-    (folder / "source/index.md").write_text("\n".join(index) + "\n")
+    index = "\n".join(index) + "\n"
+    (folder / "source/index.md").write_text(index)
     subprocess.run([doxygen, "-"], input=SETTINGS, text=True, cwd=folder, check=True)
 
     documented = re.findall(r"<name>(\w+)</name>", (folder / "names.tag").read_text())
     exported = [name for library in ("kxutil", "kxosal")
                 for name in re.findall(r"(\w+);", (tree / f"cmake/{library}.map").read_text())]
-    missing = set(exported) - set(documented)
+    missing = {name for name in exported if name not in documented or not re.search(rf"^\| {name}\W", index, re.M)}
     if missing:
         sys.exit(f"exported, but not documented: {' '.join(sorted(missing))}")
     if javadoc:
-        subprocess.run([javadoc, "-quiet", "-notimestamp", "-Xdoclint:all", "-Werror", "-encoding", "UTF-8",
+        subprocess.run([javadoc, "-quiet", "-notimestamp", "-noindex", "-Xdoclint:all", "-Werror", "-encoding", "UTF-8",
                         "-d", folder / "html/java", *tree.glob("src/util/java*/**/*.java")], check=True)
     print(f"{len(exported)} exported names, {folder}/html/index.html")
 

@@ -1,4 +1,4 @@
-// A growable array of elements of one size, in one contiguous block.
+// A growable array: elements of one size, in one contiguous block.
 //
 // Elements are copied byte for byte. The block moves when it grows or shrinks, so a pointer into it
 // is valid until the next call that may do that, and an element to be stored must not lie in the

@@ -97,9 +97,9 @@ int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errle
 // Parameters and result are those of jsonParse(). A file that cannot be read whole gives -1 and a
 // message that names it, without a line.
 //
-// The file must have a size: a pipe or a device is read as an empty document, so the result is -1
-// with "Object must start with '{'". A platform layer may answer -1 for the size of such a file;
-// the message is then "Could not read" with the name.
+// The file must have a size: a pipe, a device or a file of /proc is read as an empty document, so
+// the result is -1 with "Object must start with '{'". A platform layer may answer -1 for the size
+// of such a file; the message is then "Could not read" with the name.
 int jsonParseFile(const char* path, json_cb cb, void* arg, char* errbuf, size_t errlen);
 
 // Ends the innermost parse of the calling thread: its jsonParse() returns -1 with this message.

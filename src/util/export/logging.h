@@ -108,16 +108,16 @@ void logResetSanityLevels(void);
 //   level    the message's level, for the level decoration
 //   args     the arguments of `fmt`; a null list takes `fmt` as plain text
 
-// Prints with the module's own decorations.
+// Prints a line with the module's own decorations.
 void _logforceprintv(logger* loggers, LogModule module, MsgLevel level, const char* fmt,
                      va_list args) __attribute__((format(printf, 4, 0)));
 
-// Prints with the given decorations word instead of the module's own.
+// Prints a line with the given decorations word instead of the module's own.
 void _logforceprintdecorationsv(logger* loggers, LogModule module, MsgLevel level, int decorations,
                                 const char* fmt, va_list args)
     __attribute__((format(printf, 5, 0)));
 
-// Prints with the given decorations word, with the arguments in the call.
+// Prints a line with the given decorations word, with the arguments in the call.
 void _logforceprintdecorations(logger* loggers, LogModule module, MsgLevel level, int decorations,
                                const char* fmt, ...) __attribute__((format(printf, 5, 6)));
 

@@ -1,5 +1,5 @@
-// A writer that collects small writes to an open file in a buffer of 1024 bytes and counts the file
-// position.
+// A stream writer: it collects small writes to an open file in a buffer of 1024 bytes and counts
+// the file position.
 //
 // The whole buffer is written with one platform write when it is full, when a write does not fit,
 // and by sw_flush() and sw_seek(). Nothing is written when the record goes out of scope, so flush
@@ -84,22 +84,24 @@ static inline void sw_bytes(streamwriter* w, const void* buf, size_t len) {
         sw_flush(w);
 }
 
-// Integers of 1, 2, 4 and 8 bytes, the most significant byte first, as in Java's data files.
-
+// Writes an integer of 1 byte.
 static inline void sw_u1(streamwriter* w, uint8_t value) {
     sw_bytes(w, &value, sizeof value);
 }
 
+// Writes an integer of 2 bytes, the most significant byte first, as in Java's data files.
 static inline void sw_u2(streamwriter* w, uint16_t value) {
     const uint16_t big_endian = __builtin_bswap16(value);
     sw_bytes(w, &big_endian, sizeof big_endian);
 }
 
+// Writes an integer of 4 bytes, the most significant byte first, as in Java's data files.
 static inline void sw_u4(streamwriter* w, uint32_t value) {
     const uint32_t big_endian = __builtin_bswap32(value);
     sw_bytes(w, &big_endian, sizeof big_endian);
 }
 
+// Writes an integer of 8 bytes, the most significant byte first, as in Java's data files.
 static inline void sw_u8(streamwriter* w, uint64_t value) {
     const uint64_t big_endian = __builtin_bswap64(value);
     sw_bytes(w, &big_endian, sizeof big_endian);
