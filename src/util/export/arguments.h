@@ -1,5 +1,5 @@
-// Option strings: items separated by a delimiter, each a bare name or name=value; typed values; and
-// declared arguments, which option strings are parsed into.
+// Option strings: the items of a text, typed values, and declared arguments that a text is parsed
+// into.
 #ifndef UTIL_EXPORT_ARGUMENTS_H
 #define UTIL_EXPORT_ARGUMENTS_H
 

@@ -29,13 +29,13 @@ DYNARRAY_HELPER void _da_copy_word(void* to, const void* from, size_t index) {
     memcpy(KX_CAST(char*, to) + 8 * index, KX_CAST(const char*, from) + 8 * index, 8);
 }
 
-// Copies one element. Up to eight words are moved one by one: an element is often filled in field
-// by field just before, and a wider load would have to wait until all of it has reached the cache.
+// Copies one element. Up to eight words are copied one by one: callers often store an element field
+// by field just before, and a wider load of several such stores waits until they are in the cache.
 DYNARRAY_HELPER void _da_copy(void* to, const void* from, size_t elemSize) {
     // Hides the element's size from the compiler: it warns of the longer copies below, which are
     // never made for this size.
     __asm__("" : "+r"(from));
-    if (elemSize == 8) {  // pointers, and pairs of them: spared the jump
+    if (elemSize == 8) {  // pointers and pairs of them are common: no jump
         _da_copy_word(to, from, 0);
         return;
     }
