@@ -1,5 +1,6 @@
 # The reference of functions and classes from their comments: the target kxutil_reference, made with the
 # rest when KX_DOCS is on, and what tests/docs needs to make it once more.
+set(kx_required QUIET)
 if(KX_DOCS)
     set(kx_required REQUIRED)
 endif()
