@@ -47,7 +47,7 @@ typedef enum JSONType {
     JSON_TRUE,
     JSON_FALSE,
     JSON_STRING,  // str: a quoted string, or a bare word that is neither literal nor number
-    JSON_KEY,     // str: a member's name, quoted or bare, whatever it looks like
+    JSON_KEY,     // str: a member's name, quoted or bare; always a string
     JSON_MAX      // the number of kinds
 } JSONType;
 

@@ -82,10 +82,10 @@ unsigned int _log_get_decorations(logger* l, LogModule module);
 // Returns the names, which belong to the module.
 const char** _log_get_aliases(logger* l, LogModule module, int* pcount);
 
-// Gives every module of every logger its own logger's default message level.
+// Sets the message level of every module to the default of its logger.
 void logResetMsgLevels(void);
 
-// Gives every module of every logger its own logger's default sanity level.
+// Sets the sanity level of every module to the default of its logger.
 void logResetSanityLevels(void);
 
 // Printing.
