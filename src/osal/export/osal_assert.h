@@ -1,5 +1,5 @@
-// Reports of failed internal checks. The checks stay in every build; a failure is reported and
-// the caller goes on with the fallback that its own contract states.
+// Reports of failed internal checks. The checks are in every build. A failure is reported, and the
+// function that checked continues with the fallback in its own contract.
 #ifndef OSAL_EXPORT_OSAL_ASSERT_H
 #define OSAL_EXPORT_OSAL_ASSERT_H
 
@@ -11,16 +11,16 @@ extern "C" {
 // Writes one line to standard error that names the failed check, then returns.
 //
 //   expression  text of the expression that was false
-//   file        source path, as the caller wants it shown
+//   file        source path as it is to be printed
 //   line        line number of the check
 //   function    name of the enclosing function
 //   format      printf-style message with its arguments; "" for none
 //
-// The line is cut at 1023 bytes, its newline included, and written with as few system calls as the
-// kernel allows (one, unless a signal or a full pipe comes between); what standard error does not
-// take is lost. Line breaks in the message become spaces. Any thread may call it at any time; it
-// allocates nothing, takes no lock and keeps the calling thread's last-error value. It does not end
-// the process; writing to a pipe without a reader may, unless the process ignores SIGPIPE.
+// The line is cut at 1023 bytes, its newline included. It is written with one system call unless a
+// signal or a full pipe interrupts it; text that standard error does not accept is lost. Line
+// breaks in the message become spaces. Any thread may call it at any time. It allocates nothing,
+// takes no lock and keeps the calling thread's last-error value. It does not end the process; a
+// write to a pipe without a reader may, unless the process ignores SIGPIPE.
 void assertReport(const char* expression, const char* file, int line, const char* function,
                   const char* format, ...);
 
@@ -29,8 +29,8 @@ void assertReport(const char* expression, const char* file, int line, const char
 }
 #endif
 
-// True when the expression holds; otherwise reports it under the given source path and is false.
-// The path is an argument because __FILE__ depends on where the build runs.
+// True when the expression is true; otherwise reports it with the given source path and is false.
+// The path is an argument because __FILE__ depends on the folder of the build.
 #define OSAL_CHECK(expression, path) \
     ((expression) ? 1 : (assertReport(#expression, path, __LINE__, __func__, ""), 0))
 

@@ -1,7 +1,7 @@
 // Memory: the process-wide heap and memory spaces.
 //
-// Every function may be called from any thread. Exhausted memory is reported by a null result,
-// never by ending the process.
+// Every function may be called from any thread. When memory runs out the result is null; the
+// process goes on.
 #ifndef OSAL_EXPORT_OSAL_MSMALLOC_H
 #define OSAL_EXPORT_OSAL_MSMALLOC_H
 
@@ -17,27 +17,28 @@ extern "C" {
 // Handle of a memory space. The record behind it belongs to the platform.
 typedef struct malloc_state* mspace;
 
-// A block of at least `size` bytes, aligned for any type, contents unspecified; null when memory
-// is exhausted. A size of 0 gives a block as well. The caller owns the block and returns it with
+// Allocates at least `size` bytes, aligned for any type, with unspecified contents; null when
+// memory runs out. A size of 0 gives a block, too. The caller owns the block and frees it with
 // gsFree().
 void* gsMalloc(size_t size);
 
-// Resizes a block of gsMalloc() or gsRealloc(), keeping its contents up to the smaller size; it
-// may move. A null `ptr` makes it gsMalloc(size); a size of 0 leaves a block of no usable bytes.
-// Returns null when memory is exhausted: the old block is then unchanged and still the caller's.
+// Resizes a block of gsMalloc() or gsRealloc() and keeps its contents up to the smaller size. The
+// block may move. With a null `ptr` it does what gsMalloc() does; with a size of 0 the result is a
+// block without usable bytes. Returns null when memory runs out: the old block is then unchanged
+// and still belongs to the caller.
 void* gsRealloc(void* ptr, size_t size);
 
-// Returns a block of gsMalloc() or gsRealloc(). Null is ignored.
+// Frees a block of gsMalloc() or gsRealloc(). Null is ignored.
 void gsFree(void* ptr);
 
-// The process-wide default memory space; valid for the life of the process.
+// The default memory space of the process; valid until the process ends.
 mspace globalMSpace(void);
 
-// Allocates, grows and shrinks within `space`: as gsRealloc(), for blocks of that space, which
-// go back with msFree() on the same space.
+// Allocates or resizes a block in `space`, as gsRealloc() does. msFree() with the same space frees
+// it.
 void* msRealloc(mspace space, void* ptr, size_t size);
 
-// Returns a block of msRealloc() on the same space. Null is ignored.
+// Frees a block of msRealloc() in the same space. Null is ignored.
 void msFree(mspace space, void* ptr);
 
 #pragma GCC visibility pop

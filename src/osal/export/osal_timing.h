@@ -21,8 +21,8 @@ typedef char TimeBuffer[30];
 // Stores the counter's ticks per second and its nanoseconds per tick. Never fails.
 void _timing_get_vars(counterfreq* frequency, double* toNanos);
 
-// The high-resolution counter, in ticks. It never runs backwards and is not moved by changes of
-// the wall clock; it counts from an unspecified start and is meant for differences.
+// The high-resolution counter, in ticks. It never runs backwards, and changes of the wall clock do
+// not move it. Its start is unspecified: use differences.
 s8 timingGetCounterTime(void);
 
 // Milliseconds since the start of 1970, UTC.
@@ -34,9 +34,9 @@ nanotime timingGetCurrentTimeNanos(void);
 // Writes the local time as "2026-03-29T14:05:09.042+0200": date, time to the millisecond, and
 // the offset from UTC in hours and minutes.
 //
-// Returns false, with `buf` unspecified, when the clock cannot be read or the year needs more
-// than five digits. The time zone is the one that the process had when the library was loaded, or
-// at its last call of tzset(); the calendar text is kept per thread until its second is over.
+// Returns false when the clock cannot be read or the year needs more than five digits; `buf` is
+// then unspecified. The time zone is that of the process when the library was loaded, or at its
+// last call of tzset(). Each thread keeps the calendar text until the second is over.
 bool timingFormatCurrentTime(TimeBuffer buf);
 
 #pragma GCC visibility pop

@@ -6,7 +6,7 @@
 
 #include "osal/export/linux/osal_types_pd.h"
 
-// What a platform operation that can fail in more than one way returns.
+// The result of a platform operation that can fail in more than one way.
 typedef enum osalError {
     OSAL_OK = 0,
     OSAL_ERROR = 1,             // failed for a reason that no other code names

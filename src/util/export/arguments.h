@@ -1,5 +1,5 @@
-// Option strings: items separated by a delimiter, each a bare name or name=value; typed values; and
-// declared arguments, which option strings are parsed into.
+// Option strings: the items of a text, typed values, and declared arguments that a text is parsed
+// into.
 #ifndef UTIL_EXPORT_ARGUMENTS_H
 #define UTIL_EXPORT_ARGUMENTS_H
 
@@ -16,13 +16,22 @@ extern "C" {
 
 // The argument iterator.
 //
-// Items are separated by runs of the delimiter, so empty items never show up. An item without
-// '=' is a bare name and has the empty value; otherwise the first '=' ends the name. A value that
-// starts with a single or double quote runs to the next such quote that does not follow a
-// backslash, delimiters included; without a closing quote it takes the rest of the text. The
-// quotes are not part of the value, backslashes stay in it, and what follows a closing quote up
-// to the next delimiter is ignored. White space is not trimmed. Every text splits into items:
-// there is no such thing as a malformed one.
+// This is the grammar of items for every option string, that of logging included. Items are
+// separated by one or more delimiters, so there are no empty items. An item is a bare name, or a
+// name,
+// '=' and a value. A value may be quoted with single or double quotes. Every text is valid.
+//
+//     text           name and value of each item, with ',' as delimiter
+//     a,,b           a and the empty value; b and the empty value
+//     a=1            a and 1
+//     a=b=c          a and b=c: the first '=' ends the name
+//      a = 1         " a " and " 1": white space is kept
+//     a='x,y',b      a and x,y; b: a quoted value may hold delimiters
+//     a="x"y,b       a and x; b: text between the closing quote and the delimiter is ignored
+//     a='x\'y'       a and x\'y: no end at a quote after a backslash, which stays
+//     a='x,b         a and x,b: without a closing quote the value takes the rest
+//     a=x'y          a and x'y: only a quote at the start of the value counts
+//     'a,b'=1        'a and the empty value; b' and 1: names cannot be quoted
 //
 //     ArgIter iter;
 //     for (argIterInitDefault(&iter, "heap=64m,verbose"); !argIterDone(&iter);) {
@@ -32,29 +41,29 @@ extern "C" {
 //
 // An iterator belongs to one thread; any number of them may walk the same text.
 
-// Starts a walk over the `len` characters at `args`, which need not be terminated and hold no NUL.
-// `delim` is any character but '='.
+// Starts a walk over the `len` characters at `args`, which need no terminator and hold no NUL.
+// `delim` is any character except '='.
 void argIterInit(ArgIterP iter, const char* args, size_t len, char delim);
 
-// Starts a walk over a terminated string with the delimiter ','.
+// Starts a walk over a NUL-terminated string with the delimiter ','.
 void argIterInitDefault(ArgIterP iter, const char* args);
 
-// True when no item is left. Callers compile it in; the library exports it all the same.
+// True when no item is left. It is inline; the library exports it, too.
 KX_EXPORTED_INLINE bool argIterDone(ArgIterP iter) {
     return iter->args >= iter->end;
 }
 
-// Takes the next item into `name`, `n_len`, `value` and `v_len`. When no item is left, both
-// lengths become 0 and the walk stays at its end.
+// Stores the next item in `name`, `n_len`, `value` and `v_len` of the iterator. When no item is
+// left, both lengths become 0 and the walk stays at its end.
 void argIterNext(ArgIterP iter);
 
-// Takes the next item as two fresh, terminated strings; a bare name yields the value "".
+// Copies the next item into two new NUL-terminated strings. A bare name has the value "".
 //
-//   pname, pvalue  receive the strings, which the caller returns with gsFree(); untouched when
-//                  the result is false
+//   pname, pvalue  receive the strings, which the caller frees with gsFree(); untouched when the
+//                  result is false
 //
-// Returns false when no item is left, or when memory ran out: the item is then lost, and
-// whoever saw argIterDone() false before knows that this is what happened.
+// Returns false when no item is left or when memory runs out. In the second case the item is lost;
+// argIterDone() before the call tells the two cases apart.
 bool argIterGetNext(ArgIterP iter, char** pname, char** pvalue);
 
 // Typed values. These four keep no state and may be called from any thread.
@@ -63,15 +72,15 @@ bool argIterGetNext(ArgIterP iter, char** pname, char** pvalue);
 //
 //   v          receives it in the type's member. A string is not copied: the value is `str` itself.
 //              After a failure its contents mean nothing.
-//   str        terminated, not null. The syntax is that of util/export/strparse.h: strToBool() for
+//   str        NUL-terminated, not null. The syntax is that of strparse.h: strToBool() for
 //              TYPE_bool, strToSuffixInt() for TYPE_int, strToSuffixLong() for TYPE_s8,
 //              strToSuffixULong() for TYPE_u8, strToSuffixSize(), strToSuffixDouble(),
 //              strToSuffixNanoTime() and, for TYPE_pvoid, strToSuffixAddress(). Every text is a
 //              TYPE_pcchar.
 //   error_msg  may be null; receives the parser's reason, a constant string, when it fails
 //
-// Returns false when the text is no such value, or, with no reason stored, when there is no such
-// type.
+// Returns false when the text is no value of the type. Also returns false, and stores no reason,
+// when there is no such type.
 bool argConvert2(ArgType type, ArgVal* v, const char* str, const char** error_msg);
 
 // Stores a value in the variable that `dst` points at. Nothing happens when there is no such type.
@@ -81,17 +90,17 @@ void argCopy(ArgType type, ArgPtr* dst, ArgVal* src);
 // keeps its old value on failure.
 bool argConvert(ArgType type, ArgPtr* a, const char* str, const char** error_msg);
 
-// Compares a value with a minimum and a maximum, both allowed.
+// Compares a value with a minimum and a maximum; both bounds are allowed values.
 //
-//   bounds    two values of the type itself, the minimum first. false is below true; addresses
-//             compare as numbers, and so do strings, by where they are. Nothing is below or above
-//             a NaN.
-//   buf, len  receive the message when a bound is broken, such as "(1MB) is less than minimum
-//             required (2MB)", cut to fit and terminated; untouched otherwise. A null `buf` or a
-//             `len` of 0 asks for no message.
+//   bounds    two values of the type, the minimum first. false is less than true. Addresses compare
+//             as numbers, and strings compare by their addresses. A NaN is within any bounds, and
+//             every number is within a bound that is a NaN.
+//   buf, len  receive the message when the value is out of bounds, such as
+//             `(1MB) is less than minimum required (2MB)`, cut to fit and NUL-terminated; untouched
+//             otherwise. A null `buf` or a `len` of 0 asks for no message.
 //
-// Returns -1 below the minimum, which is compared first, 1 above the maximum, and otherwise 0, as
-// when there is no such type.
+// The minimum is compared first. Returns -1 for a value below it, 1 for a value above the maximum,
+// and otherwise 0, also when there is no such type.
 int argCheckBounds(ArgType type, ArgVal* v, const void* bounds, char* buf, size_t len);
 
 // Declared arguments.
@@ -106,26 +115,25 @@ int argCheckBounds(ArgType type, ArgVal* v, const void* bounds, char* buf, size_
 //         fprintf(stderr, "%s\n", argError(&pa));
 //     argFree(&pa);
 //
-// The order of calls: a zeroed context, all declarations, one argParse(), reading, argFree(). A
-// context and its declarations belong to one thread at a time.
+// The order of calls: zero the context, declare all arguments, call argParse() once, read the
+// values, call argFree(). A context and its declarations belong to one thread at a time.
 
-// Declares an argument.
+// Declares an argument of the type in the function's name.
 //
 //   name     the name that items have, compared exactly
 //   pa       the context
-//   arg      the declaration's record, filled in here but for `pos`, which an item sets; it must
-//            live as long as the context is used. One that is declared already is declared anew,
-//            in its old place.
+//   arg      the record of the declaration. This call fills it in except `pos`, which an item sets.
+//            It must live as long as the context is used. A record that is declared already is
+//            declared anew in its old place.
 //   v        the variable that receives the value. It is not written here: the caller stores the
-//            result in it, and an argument that never occurs keeps that.
+//            result of this call in it, which is its value when no item sets it.
 //   d        the default
 //   desc     a description for the caller's own use, or null
-//   aliases  other names, each followed by a comma ("v,verb,"; after the last one it may be
-//            missing), or null
+//   aliases  other names, each followed by a comma ("v,verb,"; the last comma is optional), or null
 //   flags    _required, _multiple, both, or 0
 //
 // Strings are not copied and must live as long as the context is used. Returns `d`. When several
-// arguments have the same name, the one declared first takes the items.
+// arguments have the same name, the one that was declared first takes the items.
 bool argAddbool(const char* name, argsParse* pa, argInfo* arg, bool* v, bool d, const char* desc,
                 const char* aliases, unsigned int flags);
 int argAddint(const char* name, argsParse* pa, argInfo* arg, int* v, int d, const char* desc,
@@ -145,11 +153,11 @@ pcchar argAddpcchar(const char* name, argsParse* pa, argInfo* arg, pcchar* v, pc
 pvoid argAddpvoid(const char* name, argsParse* pa, argInfo* arg, pvoid* v, pvoid d,
                   const char* desc, const char* aliases, unsigned int flags);
 
-// Declares the catch-all, which takes the items that no other argument takes, wherever it stands
-// among the declarations; of several the last one does.
+// Declares the catch-all, which takes the items that no other argument takes. Its place among the
+// declarations does not matter. Of several catch-alls the last one takes the items.
 //
-//   np  receives the name of the last unknown item, or null when that is not wanted
-//   vp  receives its value, likewise
+//   np  receives the name of the last unknown item; may be null
+//   vp  receives the value of that item; may be null
 //
 // Both strings lie in the context's copy of the text. Returns null, the default for both.
 pcchar argAddFallback(argsParse* a, argInfo* ai, pcchar* np, pcchar* vp);
@@ -157,33 +165,33 @@ pcchar argAddFallback(argsParse* a, argInfo* ai, pcchar* np, pcchar* vp);
 // Parses a text into the declared arguments.
 //
 //   args   the text, `len` characters without NUL; for argGetValues() it must stay as it is
-//   delim  separates the items; any character but '='
+//   delim  separates the items; any character except '='
 //
-// Items are split as the iterator does it. Each one's value is stored in its argument's variable,
-// counted in `handled`, and its name remembered in `pos`; a value that does not convert is counted,
-// too. A bare name has the empty value, which is true for a bool. Strings and `pos` point into the
-// context and live until argFree().
+// Items are split as the iterator does. The value of an item is stored in its argument's variable,
+// the item is counted in `handled`, and its name is stored in `pos`. An item whose value does not
+// convert is counted, too. A bare name has the empty value, which is true for a bool. Strings and
+// `pos` point into the context and live until argFree().
 //
-// Returns 0, or -1 at the first mistake, which argError() explains; items before it stay applied.
+// Returns 0, or -1 at the first mistake, which argError() explains. Items before the mistake stay
+// applied.
 int argParse(argsParse* a, const char* args, size_t len, char delim);
 
-// Reads out all values of an argument, in the order of the text, after an argParse() that returned
-// 0 and while its text is still there.
+// Stores all values of an argument in the order of the text. Call it after an argParse() that
+// returned 0, while the text is still there.
 //
-//   dest   receives `count` elements of the argument's type: its values as far as they fit, and
-//          zeros behind them
+//   dest   receives `count` elements of the argument's type: as many values as fit, then zeros
 //
-// A value that no longer converts is reported as a failed check and leaves a zero.
+// A value that no longer converts is reported as a failed check, and its element is zero.
 void argGetValues(argsParse* args, argInfo* a, void* dest, size_t count);
 
-// The number of declared arguments, whether they occurred or not, without catch-alls.
+// The number of declared arguments without catch-alls, whether they occurred or not.
 int argCount(argsParse* args);
 
 // The message of the last mistake, or "". It belongs to the context and has at most 127
-// characters. When memory for a message runs out, the one before it stays.
+// characters. When there is no memory for a message, the earlier one stays.
 const char* argError(argsParse* a);
 
-// Releases the context's copy of the text and its message. The declarations stay as they are.
+// Frees the context's copy of the text and its message. The declarations stay as they are.
 void argFree(argsParse* a);
 
 #pragma GCC visibility pop

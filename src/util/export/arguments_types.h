@@ -11,15 +11,15 @@
 typedef const char* pcchar;  // a read-only string
 typedef void* pvoid;         // an address
 
-// A walk over an option string. It belongs to its caller, usually on the stack, owns nothing and
-// needs no release. The text must outlive it and hold no NUL before `end`.
+// A walk over an option string. It belongs to its caller, is usually a local variable, and owns
+// nothing. The text must outlive it and hold no NUL before `end`.
 typedef struct ArgIterS {
     const char* args;   // start of the next item, or `end` when the text is used up
     const char* end;    // one past the last character
     char delim;         // what separates items; not '='
-    const char* name;   // the current item's name, inside the text and not terminated
+    const char* name;   // the current item's name, inside the text, without a terminator
     size_t n_len;       // its length in characters
-    const char* value;  // the current item's value, inside the text and not terminated
+    const char* value;  // the current item's value, inside the text, without a terminator
     size_t v_len;       // its length in characters; 0 for a bare name
 } ArgIterS, ArgIter, *ArgIterP;
 
@@ -69,8 +69,8 @@ enum {
     _multiple = 2   // it may occur more than once
 };
 
-// One declared argument. The record belongs to whoever declares it and must live as long as its
-// context is used; the functions that declare fill it in, all but `pos`.
+// One declared argument. The record belongs to the caller that declares it and must live as long as
+// its context is used. The declaring functions fill in everything except `pos`.
 typedef struct argInfo {
     struct argInfo* next;  // the one declared after it
     const char* name;
@@ -85,11 +85,11 @@ typedef struct argInfo {
     unsigned int required : 1;
     unsigned int multiple : 1;
     unsigned int is_sink : 1;   // it is the catch-all for unknown items
-    unsigned int handled : 16;  // how many items were its, modulo 65536
+    unsigned int handled : 16;  // the number of its items, modulo 65536
 } argInfo;
 
-// A set of declared arguments and the text parsed into them. It belongs to its caller, usually on
-// the stack, and starts all zero.
+// A set of declared arguments and the text parsed into them. It belongs to its caller, is usually a
+// local variable, and starts all zero.
 typedef struct argsParse {
     argInfo* args;    // the first declared argument
     char* errbuf;     // the last message, or null

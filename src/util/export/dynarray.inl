@@ -1,8 +1,7 @@
 // The bodies of the array's functions, for C and C++.
 //
-// Included in place of dynarray.h it makes every body a candidate for inlining, and no more than
-// that: a call that the compiler leaves a call goes to the library, and nothing is emitted twice.
-// The library compiles the same bodies as ordinary functions.
+// Include it in place of dynarray.h to let the compiler inline the bodies. A call that it does not
+// inline goes to the library, which compiles the same bodies as ordinary functions.
 #ifndef UTIL_EXPORT_DYNARRAY_INL
 #define UTIL_EXPORT_DYNARRAY_INL
 
@@ -19,7 +18,7 @@
 extern "C" {
 #endif
 
-enum { DYNARRAY_FIRST_GROWTH = 5 };  // elements beyond what is needed, when doubling is not enough
+enum { DYNARRAY_FIRST_GROWTH = 5 };  // added when doubling is not enough
 
 // The address of element `index`, or of the end.
 DYNARRAY_HELPER void* _da_at(const DynArray* da, size_t index) {
@@ -30,12 +29,13 @@ DYNARRAY_HELPER void _da_copy_word(void* to, const void* from, size_t index) {
     memcpy(KX_CAST(char*, to) + 8 * index, KX_CAST(const char*, from) + 8 * index, 8);
 }
 
-// Copies one element. Up to eight words are moved one by one: an element is often filled in field
-// by field just before, and a wider load would have to wait until all of it has reached the cache.
+// Copies one element. Up to eight words are copied one by one: callers often store an element field
+// by field just before, and a wider load of several such stores waits until they are in the cache.
 DYNARRAY_HELPER void _da_copy(void* to, const void* from, size_t elemSize) {
-    // A compiler that sees the element would object to moves longer than that, which do not happen.
+    // Hides the element's size from the compiler: it warns of the longer copies below, which are
+    // never made for this size.
     __asm__("" : "+r"(from));
-    if (elemSize == 8) {  // pointers, and pairs of them: spared the jump
+    if (elemSize == 8) {  // pointers and pairs of them are common: no jump
         _da_copy_word(to, from, 0);
         return;
     }

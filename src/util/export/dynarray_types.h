@@ -6,8 +6,9 @@
 
 #include <stddef.h>
 
-// Readable by everybody, changed by the array's functions only. `size` is at most `capacity`;
-// element i starts at byte i * elemSize of `data`; what lies beyond `size` has no defined contents.
+// Callers may read the fields; only the array's functions change them. `size` is at most
+// `capacity`. Element i starts at byte i * elemSize of `data`. Bytes beyond `size` elements are
+// unspecified.
 typedef struct DynArray {
     mspace space;     // where the record and the block come from
     void* data;       // capacity * elemSize bytes; null while the capacity is 0

@@ -1,4 +1,4 @@
-// The level test that stands before every log statement, inline in each component.
+// The level test in front of every log statement, inline in each component.
 #ifndef UTIL_EXPORT_LOGGING_FUNCS_H
 #define UTIL_EXPORT_LOGGING_FUNCS_H
 
@@ -10,8 +10,8 @@
 extern "C" {
 #endif
 
-// The component's own levels, one per module. Hidden: the tests address the arrays directly, and
-// never those of another component.
+// The component's own levels, one per module. They are hidden, so that the tests read them directly
+// and never use those of another component.
 extern MsgLevel _logLevels[] __attribute__((visibility("hidden")));
 extern SanityLevel _sanityLevels[] __attribute__((visibility("hidden")));
 
@@ -20,8 +20,8 @@ extern SanityLevel _sanityLevels[] __attribute__((visibility("hidden")));
 #endif
 
 // The message level of a module of the calling component. `module` is a real index. May be called
-// from any thread: levels are single words, changed by options and by Java without a lock, and
-// the test sees the old or the new one.
+// from any thread: a level is one word, which options and Java change without a lock, so the test
+// sees either the old or the new level.
 static inline MsgLevel logGetMsgLevel(LogModule module) {
     return __atomic_load_n(&_logLevels[module], __ATOMIC_RELAXED);
 }
@@ -31,7 +31,7 @@ static inline bool logEnabled(LogModule module, MsgLevel level) {
     return logGetMsgLevel(module) >= level;
 }
 
-// The sanity level of a module of the calling component, likewise.
+// The sanity level of a module of the calling component, read as logGetMsgLevel() reads its level.
 static inline SanityLevel logGetSanityLevel(LogModule module) {
     return __atomic_load_n(&_sanityLevels[module], __ATOMIC_RELAXED);
 }

@@ -1,8 +1,9 @@
 // How a component declares itself to logging.
 //
-// The component writes one header of its own that describes its modules in macros and then
-// includes this one. All of its sources include that header; exactly one of them, in C or in C++,
-// defines LOG_DEFINE_COMPONENT first and thereby holds the data and the start-up code:
+// A component is one linked object: a program or a shared library. It has one header of its own
+// that describes its modules in macros and then includes this one. All of its sources include that
+// header; exactly one of them, in C or C++, defines LOG_DEFINE_COMPONENT first and so contains the
+// data and the start-up code:
 //
 //     // gc_log.h
 //     #define LOG_MODULES(M) M(DBG_GC, "gc", "collector", LOG_IS_DEFAULT, LOG_LEVEL_AND_MODULE)
@@ -37,11 +38,11 @@
 //   LOG_MSG_DEFAULT                   message level at start and after a reset; MSG_WARN
 //   LOG_SANITY_DEFAULT                sanity level at start and after a reset; SANITY_NONE
 //
-// Everything this header defines has the same name in every component and is hidden in it, so
-// that components never see one another's. (C++ inline functions with log statements that two
-// components share need -fvisibility-inlines-hidden: otherwise both run the copy of one of them.)
-// Link with the utility library and its platform layer. A component stays loaded once it is
-// registered; link a shared object with "-z nodelete" as well.
+// The definitions have the same names in every component and are hidden in it, so a component never
+// uses those of another. C++ inline functions with log statements that two components share need
+// -fvisibility-inlines-hidden; otherwise both components run the copy of one of them. Link with the
+// utility library and its platform layer. A registered component stays loaded; link a shared
+// object with "-z nodelete", too.
 #ifndef UTIL_EXPORT_LOGGING_STATIC_GEN_H
 #define UTIL_EXPORT_LOGGING_STATIC_GEN_H
 
@@ -75,8 +76,8 @@
 #error "LOG_EXTENDED_DECORATORS need LOG_MAX_DECORATION_SIZE, the bytes they may add to a line"
 #endif
 
-// Flags of a module. The values are none of a decorations word, so that
-// exchanged columns do not compile.
+// Flags of a module. The values are not valid in a decorations word, so exchanged columns do not
+// compile.
 enum {
     LOG_IS_DEFAULT = 0x10000,  // an empty message-level option raises it to MSG_INFO
     LOG_IS_LINKED = 0x20000    // follows the module of the same name of a component loaded earlier
@@ -107,19 +108,18 @@ extern "C" {
 // The component's logger, registered when the component is loaded.
 extern logger _loggers;
 
-// The component's static initialiser: registers _loggers. Runs once, at load, before the
-// component's ordinary constructors, which may print; nobody calls it.
+// The component's static initialiser: registers _loggers. The dynamic linker calls it once, at
+// load, before the component's ordinary constructors, which may print.
 __attribute__((constructor(102))) void _siloginit(void);
 
-// Prints a line whatever the module's level is, see _logforceprintv(). What logPrint() calls when
-// its test succeeds.
+// Prints a line at every level of the module, see _logforceprintv(). logPrint() calls it when its
+// test succeeds.
 //
 //   loggers  the component's own _loggers
 void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const char* fmt, ...)
     __attribute__((format(printf, 4, 5)));
 
-// The log statement: prints a line to a module of this component if a message of that level is to
-// be printed.
+// The log statement: prints a line to a module of this component when the module's level admits it.
 //
 //   logPrint(module, level, fmt, ...);
 //
@@ -128,8 +128,8 @@ void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const cha
 //   fmt     a format as printf() takes it, checked by the compiler, and its arguments, which are
 //           evaluated only when the line is printed
 //
-// A statement, also alone in a branch of `if`. While it is off it costs one load and one
-// comparison; the call stands out of the way of the code around it. May be called on any thread.
+// It is one statement, also alone in a branch of `if`. While the level is off it costs one load and
+// one comparison; the compiler moves the call out of the way. May be used on any thread.
 #define logPrint(module, level, ...) LOG_PRINT(__COUNTER__, module, level, __VA_ARGS__)
 #define LOG_PRINT(n, module, level, ...) LOG_PRINT_AS(n, module, level, __VA_ARGS__)
 #define LOG_PRINT_AS(n, module, level, ...)                                        \
@@ -141,14 +141,14 @@ void _logforceprint(logger* loggers, LogModule module, MsgLevel level, const cha
     } while (0)
 
 // Holds a module's stream for direct writing: it is neither replaced nor closed until
-// _log_release_stream(), which the same thread calls soon. Several threads may hold it: a hold
-// keeps options away, not other writers, whose lines go on in between; flockfile() keeps those
-// away, too. Meanwhile this thread may print to the module and set levels and decorations, but
-// must not parse log-file options or load a component: both may wait for the hold. A thread that
+// _log_release_stream(), which the same thread calls soon. Several threads may hold a stream. A
+// hold excludes options, not other writers, whose lines may come in between; flockfile() excludes
+// those, too. Meanwhile this thread may print to the module and set levels and decorations. It must
+// not parse log-file options or load a component, because both may wait for the hold. A thread that
 // may be cancelled turns cancellation off around the hold. `module` is a real index.
 FILE* _log_acquire_stream(logger* l, LogModule module);
 
-// Lets go of the stream that _log_acquire_stream() returned for the same module.
+// Releases the stream that _log_acquire_stream() returned for the same module.
 void _log_release_stream(logger* l, LogModule module, FILE* f);
 
 // Lists modules with their levels and decorations, see _log_do_print_moduleinfo(): of the
@@ -169,12 +169,12 @@ static inline void _log_print_moduleinfo(logger* l, LogModule module, FILE* f) {
 //             fprintf(out, "%p %zu\n", r.start, r.size);
 //     }
 //
-// What was written is flushed at the end of the block; the thread is not cancelled before.
-// Meanwhile other threads' lines to the stream wait, those of modules that share it included. This
-// thread may print to modules with that stream and set levels and decorations. It must not print to
-// other streams, hold a second LogStream, parse log-file options or load a component, which may
-// wait for each other for ever, nor fork: the C library leaves a lock that is held by the forking
-// thread unusable in the child.
+// The destructor flushes the stream; the thread is not cancelled before. Meanwhile the lines of
+// other threads to this stream wait, also those of other modules that share it. This thread may
+// print to modules with this stream and set levels and decorations. It must not print to other
+// streams, hold a second LogStream, parse log-file options or load a component: that can deadlock.
+// It must not fork: the C library leaves a stream lock that the forking thread holds unusable in
+// the child.
 class LogStream {
   public:
     explicit LogStream(LogModule module)
@@ -215,12 +215,13 @@ class LogStream {
 #if defined(LOG_DEFINE_COMPONENT) && !defined(LOG_COMPONENT_DEFINED)
 #define LOG_COMPONENT_DEFINED
 
-// Mistakes in the description, one check per row. The empty literal before a name keeps anything
-// but a literal from compiling.
+// Checks of the description, one per row. The empty literal in front of a name admits only string
+// literals.
 //
-// LOG_DECORATION_BIT() makes unsigned words, while decoration numbers are int: an unsigned word
-// times 0 less 1 is positive. Number 0 is told from the word 0 by its text. LOG_IS_FUNCTION() is
-// true for what converts to a decorator and is no null pointer constant.
+// LOG_DECORATION_BIT() makes unsigned words, and decoration numbers are int: for an unsigned word
+// "word * 0 - 1" is positive. The text of the argument tells the number 0 from the word 0.
+// LOG_IS_FUNCTION() is true for a value that converts to a decorator and is no null pointer
+// constant.
 #define LOG_TEXT_OF(...) #__VA_ARGS__
 #define LOG_TEXT(...) LOG_TEXT_OF(__VA_ARGS__)
 #define LOG_IS_WORD(decorations) \
@@ -291,7 +292,7 @@ MsgLevel _logLevels[NumLogModules] = {LOG_MODULES(LOG_ROW)};
 SanityLevel _sanityLevels[NumLogModules] = {LOG_MODULES(LOG_ROW)};
 #undef LOG_ROW
 
-// The row of zeroes ends a table that may otherwise be empty; it is not counted.
+// The row of zeroes is there because the table may otherwise be empty; it is not counted.
 #define LOG_ROW(old_name, new_name, enumerator, level, how) \
     {old_name, new_name, enumerator, level, how},
 static const logobsolete log_obsoletes[] = {
@@ -319,8 +320,8 @@ enum { LOG_NUM_OBSOLETES = sizeof log_obsoletes / sizeof log_obsoletes[0] - 1 };
      ((flags)&LOG_IS_LINKED) != 0,                                  \
      decorations},
 #if defined(__clang__) && defined(__cplusplus)
-// This compiler does not initialise a trailing array of open length in C++. To the linker this
-// record, with the modules counted out, is _loggers.
+// clang does not initialise a flexible array member in C++. This record has a fixed number of
+// modules instead; its name for the linker is _loggers.
 #pragma GCC diagnostic ignored "-Wgnu-variable-sized-type-not-at-end"
 struct log_component {
     logger head;

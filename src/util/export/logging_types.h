@@ -1,8 +1,8 @@
 // The records and enumerations of logging, shared by all of its headers.
 //
-// Every component owns one `logger`, static data that lists its modules; docs/logging.md shows
-// how to declare it. Components hand these records to the library across shared objects, so
-// their layout is fixed.
+// Every component owns one `logger`, static data with its modules; docs/logging.md shows how to
+// declare it. Components and the library share these records across shared objects, so their layout
+// is fixed.
 #ifndef UTIL_EXPORT_LOGGING_TYPES_H
 #define UTIL_EXPORT_LOGGING_TYPES_H
 
@@ -20,8 +20,8 @@
 #define LOG_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-// How much a module tells: a message is printed when its level is at most the module's. Levels
-// compare as unsigned values; messages at MSG_QUIET are always printed.
+// How much a module prints: a message is printed when its level is at most the module's level.
+// Levels compare as unsigned values; messages at MSG_QUIET are always printed.
 typedef enum MsgLevel LOG_UNSIGNED_ENUM {
     MSG_QUIET,
     MSG_ERROR,
@@ -32,7 +32,7 @@ typedef enum MsgLevel LOG_UNSIGNED_ENUM {
     MSG_MAX  // count of levels
 } MsgLevel;
 
-// How much a module checks itself. The library keeps the value; components act on it.
+// How much a module checks itself. The library stores the value; the component acts on it.
 typedef enum SanityLevel LOG_UNSIGNED_ENUM {
     SANITY_NONE,
     SANITY_MINIMAL,
@@ -59,8 +59,8 @@ enum {
 // The bit of a decoration, for a module's initial decorations and the decoration operations.
 #define LOG_DECORATION_BIT(decoration) (1U << (decoration))
 
-// Index of a module in its logger, or LOG_ALL_MODULES. Each component generates its own
-// enumerators, so the type that crosses components is the integer below them.
+// The index of a module in its logger, or LOG_ALL_MODULES. Each component has its own enumerators,
+// so functions take the integer.
 typedef int LogModule;
 enum { LOG_ALL_MODULES = -1 };
 
@@ -76,13 +76,13 @@ typedef FILE* log_output;
 // Writes one extended decoration of a line.
 //
 //   position   where to write
-//   bytesLeft  room at `position`, terminator included; never 0. At most *bytesLeft - 1 bytes of
-//              text and a NUL may be written, and the length of the text is subtracted here;
+//   bytesLeft  room at `position`, terminator included; never 0. The function writes at most
+//              *bytesLeft - 1 bytes of text and a NUL, and subtracts the length of the text;
 //              log_sprintf() does both.
 //
-// Returns the position after the text, at its terminator. A position or a count that is out of the
-// room is put back into it, and the line is cut there. Called on the printing thread before
-// any lock is taken, so it must be safe on several threads at once.
+// Returns the position after the text, at its terminator. A position or a count outside the room is
+// moved back into it, and the line is cut there. It is called on the printing thread before any
+// lock is taken, so several threads may run it concurrently.
 typedef char* (*log_decorator)(char* position, size_t* bytesLeft);
 
 typedef struct log_extended_decorator {
@@ -90,8 +90,8 @@ typedef struct log_extended_decorator {
     log_decorator func;  // null in an empty slot
 } log_extended_decorator;
 
-// A retired module name. What replaces it may have retired in turn; names that lead in a circle end
-// as a missing replacement does.
+// A retired module name. Its replacement may be retired, too. A circle of retired names counts as a
+// missing replacement.
 typedef struct logobsolete {
     const char* old_name;
     const char* new_name;        // null when nothing replaces it
@@ -120,7 +120,7 @@ struct logmodule {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"  // a trailing array that C++ accepts, too
 
-// A component's modules. Registered once, when the component is loaded, and never taken back.
+// A component's modules. It is registered once, when the component is loaded, and never removed.
 struct logger {
     logger* next;                      // the next older registered logger
     const size_t num_loggers;          // modules in `loggers`

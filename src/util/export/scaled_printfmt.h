@@ -1,8 +1,15 @@
-// Sizes and times in the largest unit in which the number is still whole, for messages.
+// Scaled numbers: a size or a time for a message, in the largest unit in which it is a whole
+// number.
 //
-// Each pair gives the number and the suffix for the same input, to be printed side by side:
-// 67108864 is 64 and "M", 2500000000 ns is 2500 and "ms". Suffixes are constant strings, never
-// null. All functions are pure and may be called from any thread.
+// Each pair gives the number and its suffix, to be printed side by side:
+//
+//     value             number and suffix
+//     67108864          64 "M"
+//     1536              1536 ""
+//     2500000000 ns     2500 "ms"
+//
+// Suffixes are constant strings, never null. The functions keep no state and may be called from any
+// thread.
 #ifndef UTIL_EXPORT_SCALED_PRINTFMT_H
 #define UTIL_EXPORT_SCALED_PRINTFMT_H
 
@@ -16,20 +23,22 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-// Times: "s", "ms", "us" or "ns". Zero is 0 "s"; negative times stay in "ns".
+// The number and the suffix of a time: "s", "ms", "us" or "ns". Zero is 0 "s"; negative times stay
+// in "ns".
 nanotime scaledownNanotime(nanotime n);
 const char* scaledDownNanotimeSuffix(nanotime n);
 
-// Powers of 1024: "G", "M", "K", or "" when the number is no multiple of 1024.
+// The number and the suffix of an integer: "G", "M", "K" for powers of 1024, or "" when it is no
+// multiple of 1024 or is 0.
 u8 scaledownU8(u8 x);
 const char* scaledDownU8Suffix(u8 x);
 
-// The same for sizes.
+// The number and the suffix of a size, as those of an integer.
 size_t scaledownSize(size_t x);
 const char* scaledDownSizeSuffix(size_t x);
 
-// `x` divided by `scale_factor`, rounded to nearest, halves up. A factor of 0 counts as 1, and a
-// sum that passes the largest size wraps around.
+// The size `x` divided by `scale_factor`, rounded to the nearest integer, halves up. A factor of 0
+// counts as 1. The sum for rounding wraps around when it exceeds the largest size.
 size_t scaledownSizeFixed(size_t x, size_t scale_factor);
 
 #pragma GCC visibility pop

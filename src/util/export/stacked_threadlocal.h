@@ -1,6 +1,6 @@
-// Stacked thread-locals: a value that a function makes visible to everything it calls on the same
-// thread. Each thread has one stack of bindings; looking a key up finds its newest one. All keys
-// share a single slot of the platform.
+// Stacked thread-locals: a function binds a value to a key, and everything that it calls on the
+// same thread can look the value up. Each thread has one stack of bindings; a look-up finds the
+// newest binding of the key. All keys share one thread-local slot of the platform.
 #ifndef UTIL_EXPORT_STACKED_THREADLOCAL_H
 #define UTIL_EXPORT_STACKED_THREADLOCAL_H
 
@@ -9,29 +9,29 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-// A key is an address, compared by identity and never read through. A pointer variable of one's
-// own, initialised with its own address, makes a key that nobody else has.
+// A key is an address. Keys are compared as addresses and never dereferenced. A pointer variable
+// that is initialised with its own address makes a unique key.
 typedef const void* __slkey;
 
-// One binding. It belongs to whoever pushes it, usually as a local variable; the facility
-// allocates nothing.
+// One binding. It belongs to the caller that pushes it and is usually a local variable; the
+// facility allocates nothing.
 typedef struct __tlnode {
     __slkey key;
     struct __tlnode* next;  // the binding below it
     void* data;
 } __tlnode;
 
-// Binds `key` to `data` on the calling thread until the matching stackedLocalPop(). The node stays
-// in place until then; what it held before does not matter.
+// Binds `key` to `data` on the calling thread until the matching stackedLocalPop(). The node must
+// stay in place until then; its old contents do not matter.
 void stackedLocalPush(__tlnode* pnode, void* data, __slkey key);
 
-// Ends the calling thread's newest binding, which is `pnode`'s: pushes and pops are paired, last
-// in first out, also when the frames between were left by a non-local exit. Without a binding it
-// does nothing.
+// Ends the newest binding of the calling thread, which must be that of `pnode`. Pushes and pops are
+// paired, last in first out, also when longjmp() or a C++ exception leaves the frames between.
+// Without a binding it does nothing.
 void stackedLocalPop(__tlnode* pnode);
 
-// The data of the calling thread's newest binding of `key`, or null without one. Walks the stack,
-// which is as deep as the calls that pushed.
+// The data of the calling thread's newest binding of `key`, or null without one. It walks the stack
+// of bindings, one step for each binding of any key.
 void* stackedLocalGet(__slkey key);
 
 #pragma GCC visibility pop

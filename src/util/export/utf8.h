@@ -1,5 +1,5 @@
-// The virtual machine's UTF-8: characters up to U+FFFF in one, two or three bytes, a character
-// beyond as the six bytes of its surrogate pair, U+0000 as C0 80. There are no four-byte
+// The virtual machine's UTF-8: characters up to U+FFFF take one, two or three bytes, a character
+// above takes the six bytes of its surrogate pair, and U+0000 is C0 80. There are no four-byte
 // sequences, and encoded text never holds a zero byte.
 //
 // A character is a UTF-16 code unit, 0 to 0xFFFF, in a wchar_t. All functions may be called from
@@ -18,10 +18,10 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-// True when the `length` bytes at `buffer` are text of this form.
+// True when the `length` bytes at `buffer` are valid text in this encoding.
 //
-//   buffer  needs no terminator, and a zero byte within `length` makes it invalid
-//   relax   admits overlong encodings; C0 80 is valid in either mode
+//   buffer  needs no terminator; a zero byte within `length` makes it invalid
+//   relax   admits overlong encodings; C0 80 is valid with and without it
 //
 // A lone surrogate is valid, and so are U+FFFE and U+FFFF. The empty buffer is valid.
 bool utf8_validate(const char* buffer, size_t length, bool relax);
@@ -34,9 +34,9 @@ bool utf8_validate(const char* buffer, size_t length, bool relax);
 // Decodes the character at `*utfstring_ptr` and advances the pointer past it.
 //
 // The text ends with a zero byte, which decodes as 0 and counts as one byte. A byte that starts no
-// sequence, or whose sequence is broken off, stands for itself (0x80 to 0xFF); a three-byte
-// sequence broken off after its second byte takes that byte along. Nothing is read past the zero
-// byte. C0 80 decodes to 0 as well, in two bytes.
+// sequence decodes as its own value (0x80 to 0xFF), and so does the first byte of an incomplete
+// sequence; when two bytes of a three-byte sequence are there, both are skipped. Nothing is read
+// past the zero byte. C0 80 decodes as 0, too, and counts as two bytes.
 static inline wchar_t next_utf2wchar(const char** utfstring_ptr) {
     const char* p = *utfstring_ptr;
     wchar_t c = p[0] & 0xFF;
@@ -57,7 +57,7 @@ static inline wchar_t next_utf2wchar(const char** utfstring_ptr) {
 }
 
 // Encodes a character into `utfbuf`, which has room for three bytes; no terminator is written.
-// Zero becomes C0 80; of a value above 0xFFFF, or a negative one, the low 16 bits count.
+// Zero becomes C0 80. Of a negative value or one above 0xFFFF the low 16 bits are encoded.
 //
 // Returns the number of bytes written, 1 to 3.
 static inline unsigned int wchar2utf8(char* utfbuf, wchar_t c) {

@@ -1,7 +1,7 @@
 // Files, by descriptor and by name: the Linux variant.
 //
-// Names are NUL-terminated and borrowed for the call. Every function may be called from any
-// thread. Those that transfer data go on after signals and short transfers, and wait for a
+// Names are NUL-terminated and used during the call only. Every function may be called from any
+// thread. Functions that transfer data continue after signals and short transfers, and wait for a
 // descriptor in non-blocking mode.
 #ifndef OSAL_EXPORT_LINUX_OSAL_FILES_PD_H
 #define OSAL_EXPORT_LINUX_OSAL_FILES_PD_H
@@ -28,24 +28,24 @@ enum {
     FIO_EXISTING = 8   // a missing file is a failure; without this bit it is created
 };
 
-// Opens `path` as the bits of `flags` say; FIO_READ | FIO_EXISTING (9) opens an existing file for
-// reading. The descriptor is not inherited by programs that the process starts. A created file
-// has the permissions that the process's mask leaves of 0666. Returns -1 on failure, with the
-// reason in the last-error value.
+// Opens `path` with the bits of `flags`; FIO_READ | FIO_EXISTING (9) opens an existing file for
+// reading. Programs that the process starts do not inherit the descriptor. A created file has the
+// permissions 0666 without the bits of the process's mask. Returns -1 on failure, with the reason
+// in the last-error value.
 fio_fd fio_open(const char* path, int flags);
 
-// Closes the descriptor. Returns 0, or -1 when the system reported an error; it is closed anyway.
+// Closes the descriptor. Returns 0, or -1 when the system reports an error; it is closed even then.
 int fio_close(fio_fd fd);
 
 // The size in bytes of the file open on `fd`; -1 when it cannot be examined.
 filesize fio_fdsize(fio_fd fd);
 
-// Reads `len` bytes into `buf`. Returns the number of bytes read, which is less than `len` only
-// at the end of the file or after an error.
+// Reads `len` bytes into `buf`. Returns the number of bytes read; it is less than `len` only at the
+// end of the file or after an error.
 int fio_read_fully(fio_fd fd, void* buf, int len);
 
-// Writes `len` bytes from `buf`. Returns the number of bytes written, which is less than `len`
-// only after an error.
+// Writes `len` bytes from `buf`. Returns the number of bytes written; it is less than `len` only
+// after an error.
 int fio_write_fully(fio_fd fd, const void* buf, int len);
 
 // Moves the file position: `pos` counts from the start of the file (`whence` 0), from the current
@@ -67,7 +67,7 @@ bool fio_canonicalize_path(const char* path, char* out, size_t outlen);
 // Compares two file names byte by byte: 0 when equal, otherwise as strcmp() orders them.
 int fio_filename_strcmp(const char* a, const char* b);
 
-// True when `path` names the very file that is open on `fd`, whatever name opened it.
+// True when `path` names the file that is open on `fd`, also by another name than it was opened by.
 bool fio_is_same_files_by_path(const char* path, fio_fd fd);
 
 #pragma GCC visibility pop

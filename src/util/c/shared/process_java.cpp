@@ -4,6 +4,7 @@
 
 #include <jni.h>
 
+// The native of Process.getpid(): the id of the calling process.
 extern "C" JNIEXPORT jint JNICALL Java_veltra_kestrum_os_Process_getpid(JNIEnv*, jclass) {
     return osGetProcessID();
 }

@@ -17,7 +17,8 @@ static const JNINativeMethod natives[] = {{const_cast<char*>("counterTime"),
                                            const_cast<char*>("()J"),
                                            reinterpret_cast<void*>(java_counterTime)}};
 
-// The counter's ticks per second; 0 with an exception pending when the class has no counterTime.
+// The native of Timing.init(): the counter's ticks per second; 0 with an exception pending when the
+// class has no counterTime.
 extern "C" JNIEXPORT jlong JNICALL Java_veltra_kestrum_os_Timing_init(JNIEnv* env, jclass clazz) {
     if (env->RegisterNatives(clazz, natives, std::size(natives)) != 0)
         return 0;

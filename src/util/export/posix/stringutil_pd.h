@@ -1,7 +1,7 @@
 // Comparisons without case and bounded copies: the POSIX variant.
 //
-// Every source file that includes this header has its own copy of the four functions. They keep
-// no state and may be called from any thread. Strings are NUL-terminated.
+// The four functions are static: each source file that includes this header has its own copy. They
+// keep no state and may be called from any thread. Strings are NUL-terminated.
 #ifndef UTIL_EXPORT_POSIX_STRINGUTIL_PD_H
 #define UTIL_EXPORT_POSIX_STRINGUTIL_PD_H
 
@@ -15,21 +15,21 @@
 
 #define STRINGUTIL_PD_PATH "src/util/export/posix/stringutil_pd"
 
-// Compares ignoring case: 0 when equal, negative or positive as `s1` sorts before or after `s2`.
+// Compares without case: 0 when equal, negative when `s1` sorts before `s2`, else positive.
 static inline int kestrum_util_stricmp(const char* s1, const char* s2) {
     return strcasecmp(s1, s2);
 }
 
-// The same over at most `count` characters.
+// Compares at most `count` characters without case, with the results of kestrum_util_stricmp().
 static inline int kestrum_util_strnicmp(const char* s1, const char* s2, size_t count) {
     return strncasecmp(s1, s2, count);
 }
 
-// Copies `src`, cut to fit, and fills the rest of `dest` with NULs, so the result is always
-// terminated.
+// Copies `src`, cut to fit, and fills the rest of `dest` with NULs. The result is always
+// NUL-terminated.
 //
-//   destSize  size of `dest` in bytes. 0 is a caller's error: the failed check "destSize > 0" is
-//             reported and nothing is written.
+//   destSize  size of `dest` in bytes. 0 is an error of the caller: the failed check "destSize > 0"
+//             is reported and nothing is written.
 static inline void kestrum_util_strncpy(char* dest, const char* src, size_t destSize) {
     if (!OSAL_CHECK(destSize > 0, STRINGUTIL_PD_PATH))
         return;
@@ -44,18 +44,17 @@ static inline void kestrum_util_strncpy(char* dest, const char* src, size_t dest
     dest[destSize - 1] = '\0';
 }
 
-// Copies the first `bytesToCopy` characters of `src` and a terminator, or says that they do not
-// fit. Mind the order of the arguments, which is not that of kestrum_util_strncpy().
+// Copies the first `bytesToCopy` characters of `src` and a terminator when they fit. The order of
+// the arguments differs from kestrum_util_strncpy().
 //
 //   destSize     size of `dest` in bytes
-//   bytesToCopy  how many characters are asked for; (size_t)-1 asks for as much as fits. 0 is a
-//                caller's error: the failed check "bytesToCopy > 0" is reported, and the copy is
-//                then made as asked.
+//   bytesToCopy  how many characters to copy; (size_t)-1 means as many as fit. 0 is an error of the
+//                caller: the failed check "bytesToCopy > 0" is reported, and the copy is made.
 //
-// Returns true when the characters asked for were copied (a shorter `src` counts as complete),
-// false when they do not fit with their terminator: `dest` then holds what fits when
-// (size_t)-1 was passed, and the empty string otherwise. A request of more than `destSize` also
-// reports the failed check "destSize >= bytesToCopy". With a `destSize` of 0 nothing is written.
+// Returns true when all of them are copied; a shorter `src` counts as complete. Returns false when
+// they do not fit with the terminator: `dest` then holds as many as fit for (size_t)-1, and the
+// empty string otherwise. A `bytesToCopy` above `destSize` also reports the failed check
+// "destSize >= bytesToCopy". With a `destSize` of 0 nothing is written.
 __attribute__((unused)) static bool kestrum_util_strncpy_s(char* dest, size_t destSize,
                                                            const char* src, size_t bytesToCopy) {
     (void)OSAL_CHECK(bytesToCopy > 0, STRINGUTIL_PD_PATH);

@@ -102,6 +102,7 @@ static jobjectArray array_of_names(JNIEnv* env, const ModuleList* list) {
 
 extern "C" {
 
+// The native of NativeLogModule.initIDs(): remembers the class, its constructor and String.
 JNIEXPORT void JNICALL Java_veltra_kestrum_log_NativeLogModule_initIDs(JNIEnv* env, jclass clazz) {
     nlmClazz = static_cast<jclass>(env->NewGlobalRef(clazz));
     if (nlmClazz == nullptr)
@@ -115,6 +116,7 @@ JNIEXPORT void JNICALL Java_veltra_kestrum_log_NativeLogModule_initIDs(JNIEnv* e
     nlmInit = env->GetMethodID(clazz, "<init>", CONSTRUCTOR_SIGNATURE);
 }
 
+// The native of NativeLogModule.getModule0(): a new object for the module of that name or alias.
 JNIEXPORT jobject JNICALL Java_veltra_kestrum_log_NativeLogModule_getModule0(JNIEnv* env, jobject,
                                                                              jstring name) {
     const char* utf = utf_of(env, name);
@@ -129,6 +131,7 @@ JNIEXPORT jobject JNICALL Java_veltra_kestrum_log_NativeLogModule_getModule0(JNI
     return object_of(env, m);
 }
 
+// The native of NativeLogModule.getModuleNames0(): the modules' names, without aliases, sorted.
 JNIEXPORT jobjectArray JNICALL Java_veltra_kestrum_log_NativeLogModule_getModuleNames0(JNIEnv* env,
                                                                                        jclass) {
     ModuleList list;
@@ -145,6 +148,7 @@ JNIEXPORT jobjectArray JNICALL Java_veltra_kestrum_log_NativeLogModule_getModule
     return names;
 }
 
+// The native of NativeLogModule.output(): prints a line, whatever the module's level is.
 JNIEXPORT void JNICALL Java_veltra_kestrum_log_NativeLogModule_output(JNIEnv* env, jclass,
                                                                       jlong module, jint level,
                                                                       jstring str) {
