@@ -6,9 +6,8 @@ set -euo pipefail
 packages=(g++ cmake ninja-build libgtest-dev git
     clang clang-format clang-tidy libclang-rt-dev shellcheck python3
     pkg-config dpkg-dev file lintian spin)
-bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
-    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
-    rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib)
+bench_packages=(libbenchmark-dev libspdlog-dev libabsl-dev libsimdjson-dev libglib2.0-dev
+    libfast-float-dev rapidjson-dev)
 
 # Any Java development kit from 17 on will do.
 command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
