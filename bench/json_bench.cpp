@@ -9,7 +9,6 @@
 #include "util/c/shared/vector/choice.h"
 #include "util/export/json.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <random>
 
@@ -162,10 +161,9 @@ static void add_contender(const std::string& name, Contender contender,
 }
 
 void add_all() {
-    // The reader has code for vectors of 16 and 32 bytes.
-    benchmark::AddCustomContext("kernels", "kxutil by vectors of " +
-                                               std::to_string(std::min(vector_bytes, 32)) +
-                                               " bytes, " + peer_kernels());
+    benchmark::AddCustomContext(
+        "kernels",
+        "kxutil by vectors of up to " + std::to_string(vector_bytes) + " bytes, " + peer_kernels());
     for (const Shape& shape : SHAPES)
         for (const Size& size : SIZES) {
             auto* const document = new std::string(make_document(shape, size.bytes));  // for good
