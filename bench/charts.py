@@ -1,157 +1,93 @@
-"""Draws the benchmarks: of each facility the ratios, and how the cost grows with the input.
+"""Draws a facility's ratios: for each contender a bar from 1, which is kxutil, to its median.
 
-usage: charts.py FOLDER RESULT.json...
+Coordinates are whole pixels, and each bar is a line of the file, so that figures which hardly
+change hardly change the file.
 """
 
-import os
-import sys
+import math
+from html import escape
+from statistics import median
 
-import matplotlib
+from facilities import OURS
 
-matplotlib.use("svg")
-from matplotlib import pyplot, ticker
-
-from facilities import FACILITIES, OURS
-from results import is_limit, read_all
-
-PEER_COLOURS = ["#4878a8", "#e1903c", "#6a9f58", "#b65d60", "#8573a9", "#a98467", "#5ba3a3", "#c4a43c"]
-LIMIT_COLOURS = ["#b0b0b0", "#d4d4d4"]
-OUR_COLOUR = "#1a1a1a"
-
-BAR_HEIGHT = 0.13  # inches
-LABEL_SIZE = 6
-STYLE = {
-    "font.size": 8,
-    "svg.fonttype": "none",  # text stays text
-    "svg.hashsalt": "kxutil",  # the same figures give the same file
-    "axes.spines.top": False,
-    "axes.spines.right": False,
-}
+COLOURS = ["#4878a8", "#e1903c", "#6a9f58", "#b65d60"]  # of peers
+OUR_COLOUR, LIMIT_COLOUR = "#1a1a1a", "#b0b0b0"
+LEFT, RIGHT, WIDTH = 240, 700, 760  # of the plot, and of the picture
+TOP, ROW, GAP = 66, 13, 9  # of the plot; of a bar, and between cases
+STEPS = [step * 10.0**exponent for exponent in range(-4, 5) for step in (1, 2, 5)]
 
 
-def colours_of(contenders):
-    """Every contender but ourselves with its colour, peers first."""
-    peers = sorted(c for c in contenders if c != OURS and not is_limit(c))
-    limits = sorted(c for c in contenders if is_limit(c))
-    return dict([*zip(peers, PEER_COLOURS), *zip(limits, LIMIT_COLOURS)])
+def p95(times):
+    return sorted(times)[round(0.95 * (len(times) - 1))]
 
 
-def contenders_of(groups):
-    return {name for contenders in groups for name in contenders}
+def is_limit(name):
+    return name.startswith("limit")
 
 
-def save(figure, folder, name):
-    figure.savefig(os.path.join(folder, name + ".svg"), bbox_inches="tight", metadata={"Date": None})
-    pyplot.close(figure)
+def others_of(cases):
+    """Every contender but ourselves, limits last."""
+    names = {name for contenders in cases.values() for name in contenders} - {OURS}
+    return sorted(names, key=lambda name: (is_limit(name), name))
 
 
-def plain_numbers(axis):
-    axis.set_major_formatter(ticker.FuncFormatter(lambda x, _: f"{x:g}"))
-    axis.set_minor_formatter(ticker.NullFormatter())
+def text(x, y, words, anchor="start", more=""):
+    return f'<text x="{x}" y="{y}" text-anchor="{anchor}"{more}>{escape(words)}</text>'
 
 
-def add_legend(axes, *entries):
-    axes.legend(*entries, loc="upper left", bbox_to_anchor=(1.02, 1), frameon=False, fontsize=7)
+def box(x, y, width, height, colour):
+    return f'<rect x="{x}" y="{y}" width="{width}" height="{height}" fill="{colour}"/>'
 
 
-def draw_ratios(facility, cases):
-    """A bar from 1, which is kxutil, to contender / kxutil; a group of bars for each case."""
-    charted = [c for c in facility.cases if facility.charted is None or c.key in facility.charted]
-    colours = colours_of(contenders_of(cases[c.key] for c in charted))
-    figure, axes = pyplot.subplots()
-    top = 0
-    ticks = []
-    for case in charted:
-        contenders = cases[case.key]
-        ours = contenders[OURS]
-        shown = [c for c in colours if c in contenders and contenders[c].times and ours.times]
-        for i, name in enumerate(shown):
-            ratio = contenders[name].median() / ours.median()
-            axes.barh(top + i, ratio - 1, left=1, height=0.9, color=colours[name])
-            axes.annotate(
-                f"{ratio:.2f}",
-                (ratio, top + i),
-                xytext=(2 if ratio > 1 else -2, 0),
-                textcoords="offset points",
-                ha="left" if ratio > 1 else "right",
-                va="center",
-                fontsize=LABEL_SIZE,
-            )
-        ticks.append(top + (len(shown) - 1) / 2)
-        top += len(shown) + 1
-    figure.set_size_inches(7, 0.8 + BAR_HEIGHT * top)
-    axes.set_ylim(top - 1, -1)
-    axes.set_xscale("log")
-    axes.margins(x=0.12)
-    axes.axvline(1, color=OUR_COLOUR, linewidth=1)
-    axes.set_yticks(ticks, [case.title.replace("`", "") for case in charted])
-    axes.tick_params(axis="y", length=0)
-    plain_numbers(axes.xaxis)
-    axes.set_xlabel("time / kxutil's time: right of 1 is slower than kxutil")
-    axes.set_title(facility.title)
-    handles = [pyplot.Rectangle((0, 0), 1, 1, color=colour) for colour in colours.values()]
-    add_legend(axes, handles, colours)
-    return figure
+def line(path, colour):
+    return f'<path d="{path}" stroke="{colour}" fill="none"/>'
 
 
-def size_label(size):
-    for factor, suffix in [(1 << 20, "Mi"), (1 << 10, "Ki"), (10**6, "M"), (10**3, "k")]:
-        if size % factor == 0:
-            return f"{size // factor}{suffix}"
-    return str(size)
+def bars_of(contenders, names):
+    """Each contender's median and 95th percentile as multiples of our median."""
+    if not all(contenders.values()):
+        return {}  # no run counted
+    unit = median(contenders[OURS])
+    known = {name: contenders[name] for name in names if name in contenders}
+    return {name: (median(times) / unit, p95(times) / unit) for name, times in known.items()}
 
 
-def points_of(curve, cases):
-    """The sizes of a curve, ascending, with what was measured at each."""
-    keys = [key for key in cases if key.rpartition(" ")[0] == curve.key]
-    points = {int(key.rpartition(" ")[2]): cases[key] for key in keys}
-    return dict(sorted(points.items()))
+def write(path, title, cases):
+    others = others_of(cases)
+    colours = {OURS: OUR_COLOUR, **dict(zip(others, COLOURS))}
+    colours.update((name, LIMIT_COLOUR) for name in others if is_limit(name))
+    bars = {case: bars_of(contenders, colours) for case, contenders in cases.items()}
+    ratios = [ratio for shown in bars.values() for pair in shown.values() for ratio in pair]
+    # The axis ends at round numbers, so that it seldom moves.
+    first = max(step for step in STEPS if step <= min(0.5, *ratios))
+    last = min(step for step in STEPS if step >= max(2, *ratios))
 
+    def x_of(ratio):
+        return round(LEFT + (RIGHT - LEFT) * math.log(ratio / first) / math.log(last / first))
 
-def draw_growth(facility, cases):
-    """Time over size, both logarithmic: a slope of 1 is proportional to the input."""
-    figure, all_axes = pyplot.subplots(
-        1, len(facility.curves), figsize=(4 * len(facility.curves), 3), squeeze=False
-    )
-    for curve, axes in zip(facility.curves, all_axes[0]):
-        points = points_of(curve, cases)
-        colours = colours_of(contenders_of(points.values()))
-        for name in [OURS, *colours]:
-            sizes = [size for size, contenders in points.items() if name in contenders]
-            axes.plot(
-                sizes,
-                [points[size][name].median() for size in sizes],
-                marker=".",
-                linestyle=":" if is_limit(name) else "-",
-                linewidth=2 if name == OURS else 1,
-                color=colours.get(name, OUR_COLOUR),
-                label=name,
-            )
-        axes.set_xscale("log")
-        axes.set_yscale("log")
-        axes.set_xticks(list(points), [size_label(size) for size in points])
-        axes.set_xticks([], minor=True)
-        least, most = axes.get_ylim()
-        axes.yaxis.set_major_locator(ticker.LogLocator(subs=(1, 2, 5) if most < 100 * least else (1,)))
-        plain_numbers(axes.yaxis)
-        axes.set_xlabel(curve.unit)
-        axes.set_ylabel("ns")
-        axes.set_title(curve.title)
-        add_legend(axes)
-    figure.tight_layout()
-    return figure
-
-
-def main():
-    folder, *paths = sys.argv[1:]
-    os.makedirs(folder, exist_ok=True)
-    pyplot.rcParams.update(STYLE)
-    results, _ = read_all(paths)
-    for name, cases in results.items():
-        facility = FACILITIES[name]
-        save(draw_ratios(facility, cases), folder, name)
-        if facility.curves:
-            save(draw_growth(facility, cases), folder, name + "-growth")
-
-
-main()
+    one, y, body = x_of(1), TOP, []
+    for case, shown in bars.items():
+        body.append(text(LEFT - 8, y + (ROW * len(shown) + 8) // 2, case.replace("`", ""), "end"))
+        for name, (ratio, high) in shown.items():
+            x, end = x_of(ratio), x_of(high)
+            bar = box(min(x, one), y, abs(x - one), ROW - 2, colours[name])
+            whisker = line(f"M{x} {y + 5}H{end}M{end} {y + 2}v7", "#333")
+            label = "" if name == OURS else f"{ratio:.0f}" if ratio >= 10 else f"{ratio:#.2g}"
+            at = (x - 4, y + 9, label, "end") if x < one else (end + 4, y + 9, label)
+            body.append(bar + whisker + text(*at))
+            y += ROW
+        y += GAP
+    head = [text(20, 18, f"{title}: time as a multiple of kxutil's", more=' font-size="14"')]
+    x = 20
+    for name, colour in colours.items():
+        head.append(box(x, 31, 10, 10, colour) + text(x + 14, 40, name))
+        x += 38 + 6 * len(name)
+    for tick in STEPS[STEPS.index(first) : STEPS.index(last) + 1]:
+        x = x_of(tick)
+        head.append(line(f"M{x} {TOP - 6}V{y}", "#ddd") + text(x, y + 14, f"{tick:g}", "middle"))
+    legend = "logarithmic axis, right of 1 is slower; bar: median, line: up to the 95th percentile"
+    body += [line(f"M{one} {TOP - 6}V{y}", OUR_COLOUR), text(LEFT, y + 32, legend)]
+    with open(path, "w", encoding="utf-8") as file:
+        svg = f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {y + 42}"'
+        svg += ' font-family="sans-serif" font-size="11">'
+        file.write("\n".join([svg, box(0, 0, WIDTH, y + 42, "#fff"), *head, *body, "</svg>\n"]))

@@ -1,18 +1,16 @@
-// Documents read as events, in seven shapes and three sizes; one shape in more.
+// Documents read as events, in seven shapes and three sizes.
 //
 // Everybody's callback, or walk, counts the events and adds up the bytes of strings and the
 // numbers; before anything is measured, the sums of all are compared. Documents are plain JSON of
 // characters up to U+FFFF, without the escapes that only some know.
 
+#include "bench.h"
 #include "json_peers.h"
+#include "util/c/shared/vector/choice.h"
 #include "util/export/json.h"
 
-#include <benchmark/benchmark.h>
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <random>
-#include <vector>
 
 // The pieces of documents. Numbers and texts are drawn at random, the same on every run.
 class Writer {
@@ -22,33 +20,31 @@ class Writer {
     size_t below(size_t bound) {
         return random_() % bound;
     }
-    Writer& operator<<(std::string_view piece) {
+    Writer& put(const char* piece) {
         text += piece;
         return *this;
     }
-
     // A string of `words` words out of `vocabulary`.
     template <size_t N>
-    void quote(size_t words, const char* const (&vocabulary)[N]) {
+    Writer& quote(size_t words, const char* const (&vocabulary)[N]) {
         text += '"';
         for (size_t i = 0; i < words; i++)
-            (*this << (i > 0 ? " " : "")) << vocabulary[below(N)];
-        text += '"';
+            put(i > 0 ? " " : "").put(vocabulary[below(N)]);
+        return put("\"");
     }
-
     // An integer of `digits` digits, a third of them negative.
-    void integer(size_t digits) {
-        text += below(3) == 0 ? "-" : "";
+    Writer& integer(size_t digits) {
+        put(below(3) == 0 ? "-" : "");
         text += static_cast<char>('1' + below(9));
         while (--digits > 0)
             text += static_cast<char>('0' + below(10));
+        return *this;
     }
-
-    void decimal(const char* format, double range) {
+    Writer& decimal(const char* format, double range) {
         const double unit = static_cast<double>(random_()) / static_cast<double>(random_.max());
         char digits[40];
         std::snprintf(digits, sizeof digits, format, (unit - 0.5) * range);
-        text += digits;
+        return put(digits);
     }
 
   private:
@@ -65,83 +61,51 @@ static const char* const ESCAPED[] = {R"(line\n)",  R"(\tcolumn)", R"(caf\u00e9)
                                       R"(end\r\n)", "them"};
 
 static void string_record(Writer& out) {
-    out << R"({"name":)";
-    out.quote(2, WORDS);
-    out << R"(,"kind":)";
-    out.quote(1, WORDS);
-    out << R"(,"description":)";
-    out.quote(5 + out.below(12), WORDS);
-    out << "}";
+    out.put(R"({"name":)").quote(2, WORDS).put(R"(,"kind":)").quote(1, WORDS);
+    out.put(R"(,"description":)").quote(5 + out.below(12), WORDS).put("}");
 }
 
 static void foreign_record(Writer& out) {
-    out << R"({"имя":)";
-    out.quote(2, FOREIGN);
-    out << R"(,"説明":)";
-    out.quote(4 + out.below(8), FOREIGN);
-    out << "}";
+    out.put(R"({"имя":)").quote(2, FOREIGN);
+    out.put(R"(,"説明":)").quote(4 + out.below(8), FOREIGN).put("}");
 }
 
 static void escaped_record(Writer& out) {
-    out << R"({"path":)";
-    out.quote(2, ESCAPED);
-    out << R"(,"message":)";
-    out.quote(4 + out.below(8), ESCAPED);
-    out << "}";
+    out.put(R"({"path":)").quote(2, ESCAPED);
+    out.put(R"(,"message":)").quote(4 + out.below(8), ESCAPED).put("}");
 }
 
 static void integer_row(Writer& out) {
-    out << "[";
-    for (int i = 0; i < 8; i++) {
-        out << (i > 0 ? "," : "");
-        out.integer(1 + out.below(out.below(2) == 0 ? 4 : 18));
-    }
-    out << "]";
+    for (int i = 0; i < 8; i++)
+        out.put(i > 0 ? "," : "[").integer(1 + out.below(out.below(2) == 0 ? 4 : 18));
+    out.put("]");
 }
 
 static void decimal_row(Writer& out) {
-    out << "[";
-    for (int i = 0; i < 4; i++) {
-        out << (i > 0 ? "," : "");
-        out.decimal("%.17g", 360);
-    }
-    out << "]";
+    for (int i = 0; i < 4; i++)
+        out.put(i > 0 ? "," : "[").decimal("%.17g", 360);
+    out.put("]");
 }
 
 static void catalogue_record(Writer& out) {
-    out << R"({"id":)";
-    out.integer(5);
-    out << R"(,"name":)";
-    out.quote(2, WORDS);
-    out << R"(,"price":)";
-    out.decimal("%.2f", 2000);
-    out << R"(,"stock":)";
-    out.integer(2);
-    out << (out.below(2) == 0 ? R"(,"sold":true)" : R"(,"sold":false)") << R"(,"tags":[)";
-    out.quote(1, WORDS);
-    out << ",";
-    out.quote(1, WORDS);
-    out << R"(],"next":null})";
+    out.put(R"({"id":)").integer(5).put(R"(,"name":)").quote(2, WORDS);
+    out.put(R"(,"price":)").decimal("%.2f", 2000).put(R"(,"stock":)").integer(2);
+    out.put(out.below(2) == 0 ? R"(,"sold":true)" : R"(,"sold":false)");
+    out.put(R"(,"tags":[)").quote(1, WORDS).put(",").quote(1, WORDS).put(R"(],"next":null})");
 }
 
 static void configuration_section(Writer& out) {
-    out << "{\n        \"module\": ";
-    out.quote(1, WORDS);
-    out << ",\n        \"enabled\": " << (out.below(2) == 0 ? "true" : "false");
-    out << ",\n        \"limits\": {\n            \"threads\": ";
-    out.integer(2);
-    out << ",\n            \"ratio\": ";
-    out.decimal("%.3f", 2);
-    out << "\n        },\n        \"file\": ";
-    out.quote(2, WORDS);
-    out << "\n    }";
+    out.put("{\n        \"module\": ").quote(1, WORDS);
+    out.put(",\n        \"enabled\": ").put(out.below(2) == 0 ? "true" : "false");
+    out.put(",\n        \"limits\": {\n            \"threads\": ").integer(2);
+    out.put(",\n            \"ratio\": ").decimal("%.3f", 2);
+    out.put("\n        },\n        \"file\": ").quote(2, WORDS).put("\n    }");
 }
 
 struct Shape {
     const char* name;
     void (*write_record)(Writer&);
     const char* gap = "";  // before every record
-    std::vector<size_t> sizes = {200, 64 << 10, 4 << 20};
 };
 
 static const Shape SHAPES[] = {
@@ -150,20 +114,21 @@ static const Shape SHAPES[] = {
     {"escapes", escaped_record},
     {"integers", integer_row},
     {"doubles", decimal_row},
-    {"catalogue", catalogue_record, "", {200, 1 << 10, 8 << 10, 64 << 10, 512 << 10, 4 << 20}},
+    {"catalogue", catalogue_record},
     {"configuration", configuration_section, "\n    "},
 };
 
+static const Size SIZES[] = {{", 200 bytes", 200}, {", 64 KiB", 64 << 10}, {", 4 MiB", 4 << 20}};
+
 // Whole records up to about the size.
-static std::string make_document(const Shape& shape, size_t size) {
+static std::string make_document(const Shape& shape, size_t bytes) {
     Writer out;
-    out << "[";
+    out.put("[");
     do {
-        out << (out.text.size() > 1 ? "," : "") << shape.gap;
+        out.put(out.text.size() > 1 ? "," : "").put(shape.gap);
         shape.write_record(out);
-    } while (out.text.size() < size - 50);
-    out << (*shape.gap != '\0' ? "\n]\n" : "]");
-    return out.text;
+    } while (out.text.size() < bytes - 50);
+    return out.text + (*shape.gap != '\0' ? "\n]\n" : "]");
 }
 
 static void add_up(JSONType type, const JSONVal* value, void* arg) {
@@ -183,56 +148,29 @@ static bool read_ours(const std::string& document, Totals* totals) {
     return jsonParse(document.c_str(), add_up, totals, error, sizeof error) == 0;
 }
 
-static const Contender OURS = {"kxutil", read_ours};
-
-// Ends the program when a contender reads something else than the first.
-static Totals check(const Contender& contender, const std::string& document,
-                    const Totals* expected) {
-    constexpr double ROUNDING = 1e-12;  // for those whose decimals are not exact
-    Totals found;
-    bool same = contender.read(document, &found);
-    if (same && expected != nullptr) {
-        const double off = std::abs(found.decimals - expected->decimals);
-        same = found.events == expected->events && found.string_bytes == expected->string_bytes &&
-               found.integers == expected->integers &&
-               off <= (contender.exact ? 0 : ROUNDING * std::abs(expected->decimals));
-    }
-    if (!same) {
-        std::fprintf(stderr, "%s reads this differently: %.200s\n", contender.name,
-                     document.c_str());
-        std::exit(1);
-    }
-    return found;
+static void add_contender(const std::string& name, Contender contender,
+                          const std::string* document) {
+    Totals ours, found;
+    require(read_ours(*document, &ours) && contender.read(*document, &found) && found == ours,
+            std::string(contender.name) + " reads this differently: " + document->substr(0, 200));
+    add_loop(name, contender.name, [=] {
+        Totals totals;
+        benchmark::DoNotOptimize(contender.read(*document, &totals));
+        benchmark::DoNotOptimize(totals);
+    });
 }
 
-static void measure(benchmark::State& state, const Contender* contender,
-                    const std::string* document) {
-    Totals totals;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(contender->read(*document, &totals));
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(static_cast<int64_t>(document->size()) * state.iterations());
-}
-
-int main(int argc, char** argv) {
-    constexpr double MIN_SECONDS = 0.02;  // there are many of them
-    benchmark::Initialize(&argc, argv);
-    std::vector<Contender> contenders(std::begin(PEERS), std::end(PEERS));
-    contenders.insert(contenders.begin(), OURS);
+void add_all() {
+    benchmark::AddCustomContext(
+        "kernels",
+        "kxutil by vectors of up to " + std::to_string(vector_bytes) + " bytes, " + peer_kernels());
     for (const Shape& shape : SHAPES)
-        for (size_t size : shape.sizes) {
-            auto* const document = new std::string(make_document(shape, size));  // for good
+        for (const Size& size : SIZES) {
+            auto* const document = new std::string(make_document(shape, size.bytes));  // for good
             document->reserve(document->size() + PADDING_BYTES);
-            const Totals totals = check(OURS, *document, nullptr);
-            for (const Contender& contender : contenders) {
-                check(contender, *document, &totals);
-                std::string name = shape.name;
-                name.append("/").append(contender.name).append("/").append(std::to_string(size));
-                benchmark::RegisterBenchmark(name.c_str(), measure, &contender, document)
-                    ->MinTime(MIN_SECONDS);
-            }
+            const std::string name = std::string(shape.name) + size.name;
+            add_contender(name, {"kxutil", read_ours}, document);
+            for (const Contender& peer : PEERS)
+                add_contender(name, peer, document);
         }
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
 }

@@ -1,32 +1,22 @@
 // A log line that is printed, and a log statement that is off.
 //
-// Every contender prints the same message after level, module, local time and process id, about
-// 90 bytes, and hands the line to the kernel before its call returns. The process id is right also
-// after a fork: spdlog's own pattern flag, and getpid() beside fprintf(), ask the kernel for it.
-// glog writes its own prefix, with the source file where the others have the module and a thread id
-// for the process id. The limit writes a ready-made line of the same length. Messages of several
-// lengths go to the null device.
-//
 // Every run starts with a fresh file and writes the same number of lines, so no file grows beyond
 // LINES_TO_FILE of them; afterwards its size tells whether every line arrived.
 
-#include "bench_log.h"
+#include "bench.h"
 
-#include <benchmark/benchmark.h>
+#define LOG_MODULES(M) M(DBG_GC, "gc", NULL, LOG_IS_DEFAULT, LOG_LEVEL_AND_MODULE)
+#define LOG_DEFINE_COMPONENT
+#include "util/export/logging_static_gen.h"
+
 #include <fcntl.h>
-#include <gflags/gflags.h>
-#include <glog/logging.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
+#include <filesystem>
 #include <memory>
-#include <string>
-#include <utility>
 
 constexpr int LINES_TO_FILE = 50'000;  // 4.5 MB; half of them by each of two threads
 constexpr int LINES_TO_NULL = 100'000;
@@ -38,12 +28,7 @@ constexpr int LAST_COUNT = 90'000;
 static const char* const SPACE = "survivor space";
 
 static const char* const NULL_DEVICE = "/dev/null";
-static std::string log_file;  // in the temporary folder
-
-[[noreturn]] static void give_up(const char* what) {
-    perror(what);
-    exit(1);
-}
+static const std::string log_file = std::filesystem::temp_directory_path() / "lines.log";
 
 struct Ours {
     static void open(const char* path) {
@@ -53,10 +38,6 @@ struct Ours {
         if (logEnabled(DBG_GC, MSG_INFO))
             _logforceprint(&_loggers, DBG_GC, MSG_INFO, "collected %d objects in %s", count, SPACE);
     }
-    static void print_text(const char* text) {
-        if (logEnabled(DBG_GC, MSG_INFO))
-            _logforceprint(&_loggers, DBG_GC, MSG_INFO, "%s", text);
-    }
     static void close() {
         write_to("stderr");
     }
@@ -65,8 +46,7 @@ struct Ours {
     static void write_to(const char* path) {
         char error[256];
         const std::string option = std::string("gc=") + path;
-        if (logParseLogFilesEx(option.c_str(), error, sizeof error, nullptr) != 0)
-            give_up(error);
+        require(logParseLogFilesEx(option.c_str(), error, sizeof error, nullptr) == 0, error);
     }
 };
 
@@ -75,22 +55,9 @@ struct Fprintf {
     static inline FILE* file;
     static void open(const char* path) {
         file = fopen(path, "w");
-        if (file == nullptr)
-            give_up(path);
+        require(file != nullptr, path);
     }
     static void print(int count) {
-        print_with("[%-5s][%-7s][%s.%03d%s][%05d] collected %d objects in %s\n", count, SPACE);
-    }
-    static void print_text(const char* text) {
-        print_with("[%-5s][%-7s][%s.%03d%s][%05d] %s\n", text);
-    }
-    static void close() {
-        fclose(file);
-    }
-
-  private:
-    template <typename... Args>
-    static void print_with(const char* format, Args... args) {
         timespec now;
         clock_gettime(CLOCK_REALTIME, &now);
         tm local;
@@ -99,9 +66,12 @@ struct Fprintf {
         char zone[8];
         strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
         strftime(zone, sizeof zone, "%z", &local);
-        fprintf(file, format, "INFO", "gc", date, static_cast<int>(now.tv_nsec / 1'000'000), zone,
-                getpid(), args...);
+        fprintf(file, "[%-5s][%-7s][%s.%03d%s][%05d] collected %d objects in %s\n", "INFO", "gc",
+                date, static_cast<int>(now.tv_nsec / 1'000'000), zone, getpid(), count, SPACE);
         fflush(file);
+    }
+    static void close() {
+        fclose(file);
     }
 };
 
@@ -117,81 +87,32 @@ struct Spdlog {
     static void print(int count) {
         logger->info("collected {} objects in {}", count, SPACE);
     }
-    static void print_text(const char* text) {
-        logger->info("{}", text);
-    }
     static void close() {
         logger.reset();
     }
 };
 
-struct Glog {
-    static void open(const char* path) {
-        google::SetLogDestination(google::GLOG_INFO, path);
-    }
-    static void print(int count) {
-        LOG(INFO) << "collected " << count << " objects in " << SPACE;
-    }
-    static void print_text(const char* text) {
-        LOG(INFO) << text;
-    }
-    static void close() {
-        google::SetLogDestination(google::GLOG_INFO, "");
-    }
-    // Once, before the first line.
-    static void set_up(const char* program) {
-        FLAGS_timestamp_in_logfile_name = false;
-        FLAGS_logbuflevel = -1;  // every level is flushed at once
-        FLAGS_logbufsecs = 0;
-        FLAGS_v = 0;
-        google::SetCommandLineOption("drop_log_memory", "false");  // no advice to the page cache
-        google::InitGoogleLogging(program);
-        google::SetLogSymlink(google::GLOG_INFO, "");
-        close();
-    }
-};
-
+// A line of the same length that is ready to be written.
 struct LimitWrite {
+    static inline int fd;
     static void open(const char* path) {
         fd = ::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-        if (fd < 0)
-            give_up(path);
+        require(fd >= 0, path);
     }
     static void print(int) {
-        put(sizeof "collected 40000 objects in survivor space");
-    }
-    static void print_text(const char* text) {
-        put(strlen(text) + 1);
+        static const char LINE[] =
+            "[INFO ][gc     ][2026-03-29T14:05:09.042+0200][12345] "
+            "collected 40000 objects in survivor space\n";
+        if (write(fd, LINE, sizeof LINE - 1) < 0)
+            require(false, "write");
     }
     static void close() {
         ::close(fd);
     }
-
-  private:
-    static inline int fd;
-    static inline char line[2000];
-    static void put(size_t message_bytes) {
-        constexpr size_t DECORATION_BYTES =
-            sizeof "[INFO ][gc     ][2026-03-29T14:05:09.042+0200][12345] " - 1;
-        if (write(fd, line, DECORATION_BYTES + message_bytes) < 0)
-            give_up("write");
-    }
 };
 
-// The bytes per line that arrived in the file; an error when that cannot be every line.
-static void check_file(benchmark::State& state, const char* path) {
-    struct stat info;
-    if (stat(path, &info) != 0)
-        give_up(path);
-    const double lines = static_cast<double>(state.iterations()) * state.threads();
-    const double bytes = static_cast<double>(info.st_size) / lines;
-    if (bytes < MIN_LINE_BYTES || bytes > MAX_LINE_BYTES)
-        state.SkipWithError("lines are missing, or not alike");
-    state.counters["line_bytes"] = bytes;
-}
-
-template <typename Contender>
-static void print_lines(benchmark::State& state, bool to_file) {
+template <typename Contender, bool to_file>
+static void print_lines(benchmark::State& state) {
     const char* path = to_file ? log_file.c_str() : NULL_DEVICE;
     if (state.thread_index() == 0)
         Contender::open(path);
@@ -204,18 +125,12 @@ static void print_lines(benchmark::State& state, bool to_file) {
         return;
     Contender::close();
     if (to_file) {
-        check_file(state, path);
+        const double lines = static_cast<double>(state.iterations()) * state.threads();
+        const double bytes = static_cast<double>(std::filesystem::file_size(path)) / lines;
+        require(bytes >= MIN_LINE_BYTES && bytes <= MAX_LINE_BYTES,
+                "lines are missing, or not alike");
         unlink(path);
     }
-}
-
-template <typename Contender>
-static void print_messages(benchmark::State& state) {
-    const std::string text(static_cast<size_t>(state.range(0)), 'x');
-    Contender::open(NULL_DEVICE);
-    for (auto _ : state)
-        Contender::print_text(text.c_str());
-    Contender::close();
 }
 
 // Statements that are off stand one behind the other, because a loop around one costs as much.
@@ -238,7 +153,7 @@ static void off_ours(benchmark::State& state) {
         });
 }
 
-static volatile unsigned bare_levels[] = {MSG_WARN, MSG_INFO, MSG_WARN};
+static volatile unsigned bare_level = MSG_INFO;
 
 [[gnu::noinline]] static void report_freed(int count, const char* space) {
     printf("freed %d objects in %s\n", count, space);
@@ -247,7 +162,7 @@ static volatile unsigned bare_levels[] = {MSG_WARN, MSG_INFO, MSG_WARN};
 static void off_limit(benchmark::State& state) {
     repeat(
         state, [](int i) __attribute__((always_inline)) {
-            if (bare_levels[1] >= 4)
+            if (bare_level >= MSG_DEBUG)
                 report_freed(i, SPACE);
         });
 }
@@ -261,60 +176,25 @@ static void off_spdlog(benchmark::State& state) {
     Spdlog::close();
 }
 
-static void off_glog(benchmark::State& state) {
-    repeat(
-        state, [](int i) __attribute__((always_inline)) {
-            VLOG(1) << "freed " << i << " objects in " << SPACE;
-        });
-}
-
 template <typename Contender>
-static void add_contender(const std::string& name) {
-    const auto add = [&](const char* where, bool to_file, int lines, int threads) {
-        auto* added =
-            benchmark::RegisterBenchmark((where + name).c_str(), print_lines<Contender>, to_file);
-        added->Iterations(lines / threads)->Threads(threads);
-        if (threads > 1)
-            added->UseRealTime();
-    };
+static void add_contender(const char* name) {
     for (int threads : {1, 2}) {
-        add("file/", true, LINES_TO_FILE, threads);
-        add("null/", false, LINES_TO_NULL, threads);
+        auto* file = add("line to a file", name, print_lines<Contender, true>);
+        auto* null = add("line to the null device", name, print_lines<Contender, false>);
+        file->Iterations(LINES_TO_FILE / threads)->Threads(threads)->UseRealTime();
+        null->Iterations(LINES_TO_NULL / threads)->Threads(threads)->UseRealTime();
     }
-    for (int length : {10, 30, 100, 300, 1000})
-        benchmark::RegisterBenchmark(("message/" + name).c_str(), print_messages<Contender>)
-            ->Arg(length)
-            ->Iterations(LINES_TO_NULL / 2);
 }
 
-static void add_all() {
+void add_all() {
+    require(logParseLogDecorations("level,module,timestamp,pid") == 0 &&
+                logParseMsgLevelsEx("gc=info", nullptr, 0, nullptr) == 0,
+            "options");
     add_contender<Ours>("kxutil");
     add_contender<Fprintf>("fprintf");
     add_contender<Spdlog>("spdlog");
-    add_contender<Glog>("glog");
     add_contender<LimitWrite>("limit: write(2)");
-    benchmark::RegisterBenchmark("off/kxutil", off_ours);
-    benchmark::RegisterBenchmark("off/spdlog", off_spdlog);
-    benchmark::RegisterBenchmark("off/glog", off_glog);
-    benchmark::RegisterBenchmark("off/limit: load and compare", off_limit);
-}
-
-int main(int argc, char** argv) {
-    const char* tmp = getenv("TMPDIR");
-    std::string folder = std::string(tmp != nullptr ? tmp : "/tmp") + "/kx-bench.XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr)
-        give_up(folder.c_str());
-    log_file = folder + "/lines.log";
-
-    Glog::set_up(argv[0]);
-    if (logParseLogDecorations("level,module,timestamp,pid") != 0 ||
-        logParseMsgLevelsEx("gc=info", nullptr, 0, nullptr) != 0)
-        give_up("options");
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    add_all();
-    benchmark::RunSpecifiedBenchmarks();
-    rmdir(folder.c_str());
-    return 0;
+    add("statement that is off", "kxutil", off_ours);
+    add("statement that is off", "spdlog", off_spdlog);
+    add("statement that is off", "limit: load and compare", off_limit);
 }

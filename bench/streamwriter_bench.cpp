@@ -1,36 +1,22 @@
-// A file of 64 MiB written in small pieces, from opening a new file to closing it. Our buffer is
-// 1 KiB and writes itself out with the platform's calls; the peers' are 4 and 8 KiB. The limit
-// hands the kernel blocks of our buffer's size and gathers nothing.
+// A file of 64 MiB written in small pieces, from opening a new file to closing it.
 
+#include "bench.h"
 #include "util/export/streamwriter.h"
 
-#include <benchmark/benchmark.h>
 #include <stdio.h>
 #include <filesystem>
-#include <fstream>
-#include <string>
 
 constexpr size_t TOTAL = size_t{64} << 20;
 
-static const std::string& path() {
-    static const std::string value = std::filesystem::temp_directory_path() / "streamwriter_bench";
-    return value;
-}
+static const std::string path = std::filesystem::temp_directory_path() / "pieces";
 
 struct Sixteen {
     uint64_t first, second;
+    explicit Sixteen(size_t i) : first(i), second(~i) {}
 };
 
-template <typename Value>
-static Value make(size_t i) {
-    if constexpr (std::is_same_v<Value, Sixteen>)
-        return {i, ~i};
-    else
-        return static_cast<Value>(i);
-}
-
 struct Ours {
-    fio_fd fd = fio_open(path().c_str(), FIO_WRITE | FIO_TRUNCATE);
+    fio_fd fd = fio_open(path.c_str(), FIO_WRITE | FIO_TRUNCATE);
     streamwriter writer;
     Ours() {
         sw_init(&writer, fd, 0);
@@ -39,42 +25,33 @@ struct Ours {
         sw_flush(&writer);
         fio_close(fd);
     }
-    void write(uint8_t value) {
-        sw_u1(&writer, value);
-    }
-    void write(uint32_t value) {
-        sw_u4(&writer, value);
-    }
-    void write(uint64_t value) {
-        sw_u8(&writer, value);
-    }
-    void write(const Sixteen& value) {
-        sw_bytes(&writer, &value, sizeof value);
+    template <typename Value>
+    void write(const Value& value) {
+        if constexpr (sizeof value == 1)
+            sw_u1(&writer, value);
+        else if constexpr (sizeof value == 4)
+            sw_u4(&writer, value);
+        else if constexpr (sizeof value == 8)
+            sw_u8(&writer, value);
+        else
+            sw_bytes(&writer, &value, sizeof value);
     }
 };
 
-template <decltype(&fwrite) write_function>
 struct Stdio {
-    FILE* file = fopen(path().c_str(), "w");
+    FILE* file = fopen(path.c_str(), "w");
     ~Stdio() {
         fclose(file);
     }
     template <typename Value>
     void write(const Value& value) {
-        write_function(&value, sizeof value, 1, file);
+        fwrite_unlocked(&value, sizeof value, 1, file);
     }
 };
 
-struct Ofstream {
-    std::ofstream file{path(), std::ios::binary};
-    template <typename Value>
-    void write(const Value& value) {
-        file.write(reinterpret_cast<const char*>(&value), sizeof value);
-    }
-};
-
+// Hands the kernel blocks of our buffer's size and copies nothing.
 struct Blocks {
-    fio_fd fd = fio_open(path().c_str(), FIO_WRITE | FIO_TRUNCATE);
+    fio_fd fd = fio_open(path.c_str(), FIO_WRITE | FIO_TRUNCATE);
     unsigned char block[SW_BUFFER_BYTES] = {};
     size_t filled = 0;
     ~Blocks() {
@@ -94,37 +71,28 @@ static void write_all(benchmark::State& state) {
     while (state.KeepRunningBatch(values)) {
         {
             Contender contender;
-            for (size_t i = 0; i < values; i++) {
-                contender.write(make<Value>(i));
-            }
+            for (size_t i = 0; i < values; i++)
+                contender.write(static_cast<Value>(i));
         }
         state.PauseTiming();
-        if (std::filesystem::file_size(path()) != TOTAL)
-            state.SkipWithError("not all was written");
-        std::filesystem::remove(path());
+        require(std::filesystem::file_size(path) == TOTAL, "not all was written");
+        std::filesystem::remove(path);
         state.ResumeTiming();
     }
 }
 
 template <typename Value>
 static void add_size() {
-    const auto add = [](const char* contender, void (*run)(benchmark::State&)) {
-        benchmark::RegisterBenchmark(
-            (std::to_string(sizeof(Value)) + " bytes/" + contender).c_str(), run);
-    };
-    add("kxutil", write_all<Ours, Value>);
-    add("fwrite_unlocked", write_all<Stdio<fwrite_unlocked>, Value>);
-    add("fwrite", write_all<Stdio<fwrite>, Value>);
-    add("ofstream", write_all<Ofstream, Value>);
-    add("limit: 1 KiB writes", write_all<Blocks, Value>);
+    const std::string name =
+        std::to_string(sizeof(Value)) + (sizeof(Value) > 1 ? " bytes" : " byte");
+    add(name, "kxutil", write_all<Ours, Value>);
+    add(name, "fwrite_unlocked", write_all<Stdio, Value>);
+    add(name, "limit: 1 KiB writes", write_all<Blocks, Value>);
 }
 
-int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+void add_all() {
     add_size<uint8_t>();
     add_size<uint32_t>();
     add_size<uint64_t>();
     add_size<Sixteen>();
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
 }

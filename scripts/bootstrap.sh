@@ -14,9 +14,8 @@ command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
 
 test_packages=(libgtest-dev git clang clang-format clang-tidy libclang-rt-dev shellcheck python3
     pkg-config dpkg-dev file lintian doxygen spin g++-aarch64-linux-gnu qemu-user musl-tools)
-bench_packages=(libbenchmark-dev libspdlog-dev libgoogle-glog-dev libabsl-dev
-    libsimdjson-dev libglib2.0-dev libfast-float-dev libcli11-dev
-    rapidjson-dev libyajl-dev nlohmann-json3-dev python3-matplotlib pkg-config)
+bench_packages=(libbenchmark-dev libspdlog-dev libabsl-dev libsimdjson-dev libglib2.0-dev
+    libfast-float-dev rapidjson-dev pkg-config)
 case "$purpose" in
     demo) ;;
     test) packages+=("${test_packages[@]}") ;;

@@ -5,17 +5,12 @@ import java.lang.management.ManagementFactory;
 import java.lang.management.ThreadMXBean;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.time.Instant;
-import java.time.ZoneId;
-import java.time.format.DateTimeFormatter;
 import java.util.ArrayList;
 import java.util.Collections;
 import java.util.List;
 import java.util.Locale;
 import java.util.Random;
 import java.util.logging.FileHandler;
-import java.util.logging.Formatter;
-import java.util.logging.LogRecord;
 import java.util.logging.Logger;
 import java.util.logging.SimpleFormatter;
 import veltra.kestrum.log.NativeLogModule;
@@ -29,11 +24,10 @@ import veltra.kestrum.log.NativeLogModule.Level;
  * file, whose size is checked afterwards. Contenders alternate at random; what the compiler does is
  * left out by rounds that are not counted. Writes to standard output what Google Benchmark would.
  *
- * <p>Usage: JavaBench FOLDER, an empty one for log files.
+ * <p>Usage: JavaBench FOLDER ROUNDS; the empty folder is for log files.
  */
 public final class JavaBench {
     private static final int WARM_UP_ROUNDS = 5;
-    private static final int ROUNDS = 15;
     private static final int LINES = 20_000;
     private static final int STATEMENTS = 20_000_000;
     private static final int FIRST_COUNT = 40_000; // counts of five digits
@@ -77,21 +71,19 @@ public final class JavaBench {
 
     public static void main(String[] args) throws IOException {
         List<Contender> contenders = new ArrayList<>(List.of(
-                new Contender("line/kxutil", LINES, JavaBench::lineFromJava),
-                new Contender("line/FileHandler", LINES,
-                        file -> lineByFileHandler(file, new SimpleFormatter())),
-                new Contender("line/FileHandler with a formatter by hand", LINES,
-                        file -> lineByFileHandler(file, new HandFormatter())),
-                new Contender("line/limit: the same line from C", LINES, JavaBench::lineFromC),
-                new Contender("off/kxutil", STATEMENTS, file -> offOurs()),
-                new Contender("off/java.util.logging", STATEMENTS, file -> offJul()),
-                new Contender("off/limit: empty body", STATEMENTS, file -> offEmpty())));
+                new Contender("line to a file/kxutil", LINES, JavaBench::lineFromJava),
+                new Contender("line to a file/FileHandler", LINES, JavaBench::lineByFileHandler),
+                new Contender("line to a file/limit: the same line from C", LINES, JavaBench::lineFromC),
+                new Contender("statement that is off/kxutil", STATEMENTS, file -> offOurs()),
+                new Contender("statement that is off/java.util.logging", STATEMENTS, file -> offJul()),
+                new Contender("statement that is off/limit: empty body", STATEMENTS, file -> offEmpty())));
         System.setProperty("java.util.logging.SimpleFormatter.format", JUL_FORMAT);
         JUL.setUseParentHandlers(false);
         Path file = Path.of(args[0], "lines.log");
+        int rounds = Integer.parseInt(args[1]);
         Random random = new Random(1);
         List<String> runs = new ArrayList<>();
-        for (int round = -WARM_UP_ROUNDS; round < ROUNDS; round++) {
+        for (int round = -WARM_UP_ROUNDS; round < rounds; round++) {
             Collections.shuffle(contenders, random);
             for (Contender contender : contenders) {
                 double nanos = (double) contender.run.time(file) / contender.operations;
@@ -102,6 +94,7 @@ public final class JavaBench {
                 }
             }
         }
+        Collections.sort(runs); // by name
         System.out.printf(Locale.ROOT, "{\"context\": {\"load_avg\": [%.2f], \"java\": \"%s %s\"},%n"
                 + "\"benchmarks\": [%n%s]}%n",
                 ManagementFactory.getOperatingSystemMXBean().getSystemLoadAverage(),
@@ -131,9 +124,9 @@ public final class JavaBench {
         return finish(file, start);
     }
 
-    private static long lineByFileHandler(Path file, Formatter formatter) throws IOException {
+    private static long lineByFileHandler(Path file) throws IOException {
         FileHandler handler = new FileHandler(file.toString());
-        handler.setFormatter(formatter);
+        handler.setFormatter(new SimpleFormatter());
         JUL.addHandler(handler);
         long start = THREADS.getCurrentThreadCpuTime();
         for (int i = 0; i < LINES; i++) {
@@ -190,43 +183,6 @@ public final class JavaBench {
     private static void require(boolean condition, String otherwise) {
         if (!condition) {
             throw new IllegalStateException(otherwise);
-        }
-    }
-
-    /** The line of {@link SimpleFormatter} without its conversions; keeps the second's calendar. */
-    private static final class HandFormatter extends Formatter {
-        private static final DateTimeFormatter DATE =
-                DateTimeFormatter.ofPattern("yyyy-MM-dd'T'HH:mm:ss.").withZone(ZoneId.systemDefault());
-        private static final DateTimeFormatter OFFSET =
-                DateTimeFormatter.ofPattern("xx").withZone(ZoneId.systemDefault());
-        private final String pid = "][" + ProcessHandle.current().pid() + "] ";
-        private long second = -1;
-        private String date;
-        private String offset;
-
-        @Override
-        public synchronized String format(LogRecord record) {
-            Instant now = record.getInstant();
-            if (now.getEpochSecond() != second) {
-                second = now.getEpochSecond();
-                date = DATE.format(now);
-                offset = OFFSET.format(now);
-            }
-            int millis = now.getNano() / 1_000_000;
-            StringBuilder line = new StringBuilder(128);
-            column(line, record.getLevel().getName(), 5);
-            column(line, record.getLoggerName(), 7);
-            return line.append('[').append(date).append((char) ('0' + millis / 100))
-                    .append((char) ('0' + millis / 10 % 10)).append((char) ('0' + millis % 10))
-                    .append(offset).append(pid).append(record.getMessage()).append('\n').toString();
-        }
-
-        private static void column(StringBuilder line, String text, int width) {
-            line.append('[').append(text);
-            for (int i = text.length(); i < width; i++) {
-                line.append(' ');
-            }
-            line.append(']');
         }
     }
 }
