@@ -15,7 +15,7 @@ command -v javac > /dev/null || packages+=(openjdk-17-jdk-headless)
 test_packages=(libgtest-dev git clang clang-format clang-tidy libclang-rt-dev shellcheck python3
     pkg-config dpkg-dev file lintian doxygen spin g++-aarch64-linux-gnu qemu-user musl-tools)
 bench_packages=(libbenchmark-dev libspdlog-dev libabsl-dev libsimdjson-dev libglib2.0-dev
-    libfast-float-dev rapidjson-dev pkg-config)
+    libfast-float-dev rapidjson-dev pkg-config python3)
 case "$purpose" in
     demo) ;;
     test) packages+=("${test_packages[@]}") ;;
