@@ -40,11 +40,14 @@ static void check(Parser<Value>* parser, const auto& cases, const std::vector<Fa
 }
 
 const Case<size_t> SIZE_CASES[] = {
-    {"64m", 67108864}, {"1G", 1073741824},   {" \t42", 42},
-    {"+5", 5},         {"0x400", 1024},      {"0X1k", 1024},
-    {"0x0x1", 1},      {"0x-1", UINT64_MAX},  // the conversion takes a sign of its own
-    {"10h", 16},       {"10Hk", 16384},      {"0x10h", 16},
-    {"12kb", 12288},   {"16g", 1ULL << 34},  {"18446744073709551615", UINT64_MAX},
+    {"64m", 67108864},    {"1G", 1073741824},
+    {" \t42", 42},        {"+5", 5},
+    {"0x400", 1024},      {"0X1k", 1024},
+    {"0x0x1", 1},         {"0x0xk", 0},
+    {"0x-1", UINT64_MAX},  // the conversion takes a sign of its own
+    {"10h", 16},          {"10Hk", 16384},
+    {"0x10h", 16},        {"12kb", 12288},
+    {"16g", 1ULL << 34},  {"18446744073709551615", UINT64_MAX},
 };
 
 TEST(StrToSuffix, ScalesOrNamesTheFaultAndLeavesTheValue) {
