@@ -67,22 +67,23 @@ VECTOR_INLINE u8 stop_bits(const Bytes64& stops) {
     return ZERO_STOPS ? zeros(stops) : ~zeros(stops);
 }
 
-VECTOR_INLINE BlockMasks classify(const char* p) {
+VECTOR_INLINE BlockMasks classify(const Bytes64& bytes) {
     Bytes64 string_stops, word_stops, above_blanks;
 #pragma GCC unroll 4
     for (int i = 0; i < Bytes64::PARTS; i++) {
-        const Bytes bytes = load(reinterpret_cast<const unsigned char*>(p) + i * WIDTH);
-        const Stops stops = stops_of(bytes);
+        const Stops stops = stops_of(bytes.part[i]);
         string_stops.part[i] = stops.of_string;
         word_stops.part[i] = stops.of_word;
-        above_blanks.part[i] = reduced(bytes, ' ');
+        above_blanks.part[i] = reduced(bytes.part[i], ' ');
     }
     return {stop_bits(string_stops), stop_bits(word_stops), ~zeros(above_blanks)};
 }
 
-// Blocks at p, the last of which may lie in a copy that is filled up with what stops every scan.
-VECTOR_CODE static void index_blocks(Index* index, const char* p, const char* end) {
-    const size_t bytes = std::min(static_cast<size_t>(end - p), INDEXED_BYTES);
+// The last block is filled up with what stops every scan.
+VECTOR_CODE static void index_blocks(Index* index, const char* text, const char* end) {
+    const auto* p = reinterpret_cast<const unsigned char*>(text);
+    const size_t left = static_cast<size_t>(end - text);
+    const size_t bytes = std::min(left, INDEXED_BYTES);
     size_t word = 0;
     const auto put = [&](const BlockMasks& block) {
         index->string_stops[word] = block.string_stops;
@@ -90,13 +91,9 @@ VECTOR_CODE static void index_blocks(Index* index, const char* p, const char* en
         index->significant[word++] = block.significant;
     };
     for (; (word + 1) * MASK_BYTES <= bytes; p += MASK_BYTES)
-        put(classify(p));
-    if (bytes < INDEXED_BYTES) {
-        char rest[MASK_BYTES];
-        memset(rest, ENCODED_ZERO, sizeof rest);
-        memcpy(rest, p, static_cast<size_t>(end - p));
-        put(classify(rest));
-    }
+        put(classify(load_64(p)));
+    if (bytes < INDEXED_BYTES)
+        put(classify(load_first(p, left % MASK_BYTES, ENCODED_ZERO)));
     constexpr u8 EVERYWHERE = ~static_cast<u8>(0);
     put({EVERYWHERE, EVERYWHERE, EVERYWHERE});
 }

@@ -104,6 +104,27 @@ struct Bytes64 {
     Bytes part[PARTS];
 };
 
+VECTOR_INLINE Bytes64 load_64(const unsigned char* p) {
+    Bytes64 bytes;
+#pragma GCC unroll 4
+    for (int i = 0; i < Bytes64::PARTS; i++)
+        bytes.part[i] = load(p + i * WIDTH);
+    return bytes;
+}
+
+// The first `count` bytes at p, fewer than 64, and `fill` in place of the others.
+VECTOR_INLINE Bytes64 load_first(const unsigned char* p, size_t count, unsigned char fill) {
+#if VECTOR_BYTES == 64
+    const __m512i others = _mm512_set1_epi8(static_cast<char>(fill));
+    return {{reinterpret_cast<Bytes>(_mm512_mask_loadu_epi8(others, (u8{1} << count) - 1, p))}};
+#else
+    unsigned char bytes[64];
+    memset(bytes, fill, sizeof bytes);
+    memcpy(bytes, p, count);
+    return load_64(bytes);
+#endif
+}
+
 // One bit for each byte that is zero, the first byte's lowest.
 VECTOR_INLINE u8 zeros(const Bytes64& bytes) {
 #if VECTOR_BYTES == 64
