@@ -3,6 +3,7 @@
 #include "util/c/shared/decimal.h"
 
 #include <langinfo.h>
+#include <string.h>
 
 // An integer with room for 5^342 as well as for 2^959 divided by it to 128 bits.
 struct BigInteger {
@@ -69,4 +70,9 @@ const char* decimal_point() {
 bool locale_has_point() {
     const char* const point = decimal_point();
     return point[0] == '.' && point[1] == '\0';
+}
+
+bool locale_is_ascii() {
+    const char* const name = nl_langinfo(CODESET);
+    return strcmp(name, "ANSI_X3.4-1968") == 0 || strcmp(name, "ASCII") == 0;
 }

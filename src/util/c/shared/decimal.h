@@ -19,6 +19,9 @@
 const char* decimal_point();
 bool locale_has_point();
 
+// True when that locale has the characters of ASCII alone, as "C" has.
+bool locale_is_ascii();
+
 __extension__ using uint128 = unsigned __int128;
 
 constexpr int MIN_POWER = -342;

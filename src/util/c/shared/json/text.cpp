@@ -5,11 +5,11 @@
 
 #include "util/c/shared/json/text.h"
 
+#include "util/c/shared/decimal.h"
 #include "util/c/shared/digits.h"
 #include "util/c/shared/platform_numbers.h"
 #include "util/export/utf8.h"
 
-#include <stdlib.h>
 #include <wchar.h>
 #include <algorithm>
 
@@ -61,11 +61,11 @@ static inline int read_hex_fast(const char* p, int count) {
     return static_cast<int>(value);
 }
 
-// White space beyond ASCII, which counts where the locale's characters may have several bytes. Not
-// iswspace(), on which C libraries do not agree.
+// White space beyond ASCII, which counts where the locale has such characters. Not iswspace(), on
+// which C libraries do not agree.
 static bool is_wide_space(wchar_t c) {
-    return MB_CUR_MAX > 1 && (c == 0x1680 || (c >= 0x2000 && c <= 0x200A && c != 0x2007) ||
-                              c == 0x2028 || c == 0x2029 || c == 0x205F || c == 0x3000);
+    return !locale_is_ascii() && (c == 0x1680 || (c >= 0x2000 && c <= 0x200A && c != 0x2007) ||
+                                  c == 0x2028 || c == 0x2029 || c == 0x205F || c == 0x3000);
 }
 
 // A character of a number, which the platform's conversions take from ASCII.
