@@ -1,8 +1,8 @@
-/* For threads that try again and again: tells the processor that this one waits. */
+// The instruction by which a thread tells the processor that it waits in a loop.
 #ifndef SHAREDINC_PAUSE_H
 #define SHAREDINC_PAUSE_H
 
-static inline void pause_processor(void) {
+static inline void kx_pause(void) {
 #if defined(__x86_64__)
     __builtin_ia32_pause();
 #elif defined(__aarch64__)

@@ -243,7 +243,7 @@ static void wait_for_writer(volatile int* lock) {
         if ((now & WRITER) == 0)
             return;
         if (spins < SPINS) {
-            pause_processor();
+            kx_pause();
             continue;
         }
         if ((now & READERS_ASLEEP) != 0 ||
@@ -293,7 +293,7 @@ static bool take_over_for_reading(volatile int* lock) {
             continue;
         }
         if (spins < SPINS) {
-            pause_processor();
+            kx_pause();
             continue;
         }
         if ((now & marks) != marks &&

@@ -121,7 +121,7 @@ static bool try_to_lock(FILE* stream) {
         if (ftrylockfile(stream) == 0)
             return true;
         for (int i = 0; i < PAUSES_BETWEEN_ATTEMPTS; i++)
-            pause_processor();
+            kx_pause();
     }
     return false;
 }
