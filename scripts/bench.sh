@@ -20,7 +20,7 @@ mkdir -p "$results"
 if [ $runs -gt 0 ]; then
     scripts/bootstrap.sh bench
     cmake --preset bench > /dev/null
-    cmake --build --preset bench --target benchmarks
+    cmake --build --preset bench --target kxbench
     work=$(mktemp -d "${TMPDIR:-/tmp}/kx-bench.XXXXXX") # files that the programs write
     trap 'rm -rf "$work"' EXIT
 fi

@@ -7,7 +7,7 @@ minutes=${1:-60}
 
 scripts/bootstrap.sh
 cmake --preset release > /dev/null
-cmake --build --preset release --target bridge_test > /dev/null
+cmake --build --preset release --target kxtest_bridge > /dev/null
 folder=$(mktemp -d "${TMPDIR:-/tmp}/kx-soak.XXXXXX")
 trap 'rm -rf "$folder"' EXIT
 build=build/release

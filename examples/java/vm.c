@@ -1,5 +1,5 @@
 // The native side of demo.Vm: what a virtual machine does for its command line, and a component
-// whose module "gc" follows that of the garbage collector.
+// whose module "gc" follows that of a component loaded before.
 
 #define LOG_DEFINE_COMPONENT
 #include "vm_log.h"

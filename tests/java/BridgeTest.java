@@ -20,11 +20,11 @@ public final class BridgeTest {
     private static final int PRINTERS = 6; // of which two are native code
     private static final int MAX_LINES = 10_000_000; // of a printer; the next one's ids follow
     private static final String[] OPTIONS = {
-        "--log-file gc=%s/one", "--log-file gc=>inline", "--log-file gc=%s/two", "--log-file gc=>jit",
-        "--log-file heap=%s/three,sweep=>heap", "--log-file heap=stderr,sweep=stderr",
-        "--decorations level,module", "--decorations timestamp,pid,occupancy",
+        "--log-file gc=%s/one", "--log-file gc=>class", "--log-file gc=%s/two", "--log-file gc=>jit",
+        "--log-file thread=%s/three,except=>thread", "--log-file thread=stderr,except=stderr",
+        "--decorations level,module", "--decorations timestamp,pid,collections",
         "--decorations millis,nanos,osthreadid", "--decorations ",
-        "--log jit=trace,gc=debug,heap", "--log jit=quiet,gc=info,heap=quiet",
+        "--log jit=trace,gc=debug,thread", "--log jit=quiet,gc=info,thread=quiet",
         "--sanity gc=check,jit", "--sanity none"};
     private static final AtomicLong LONGEST = new AtomicLong(); // option or load, in nanoseconds
     private static volatile boolean done;
@@ -66,7 +66,7 @@ public final class BridgeTest {
         option("--log gc=trace,VM=error");
         option("--sanity gc=check");
         same(List.of("gc", Optional.of("collector"), Optional.empty(), Level.WARN, Sanity.NONE,
-                List.of("VM", "deopt", "gc", "gc", "heap", "inline", "jit", "sweep", "util"),
+                List.of("VM", "class", "except", "gc", "gc", "gc", "jit", "machine", "thread", "util"),
                 Level.TRACE, Sanity.CHECK, true, false, Level.ERROR, Sanity.NONE, true, false), List.of(
                 gc.name(), gc.alias(), linked.alias(), gc.defaultLevel(), gc.defaultSanity(),
                 NativeLogModule.names(),
@@ -117,10 +117,10 @@ public final class BridgeTest {
     }
 
     // Without pauses, while options change, modules are listed and components register. "jit" and
-    // "inline" hold a file each, between which "gc" moves; each line is in one, once and whole.
+    // "class" hold a file each, between which "gc" moves; each line is in one, once and whole.
     private static int printsFromManyThreads(int round) throws Exception {
         option("--log quiet,gc=info");
-        option("--log-file %1$s/one,inline=%1$s/two");
+        option("--log-file %1$s/one,class=%1$s/two");
         done = false;
         List<CompletableFuture<Integer>> threads = new ArrayList<>();
         for (int p = 0; p < PRINTERS; p++) {

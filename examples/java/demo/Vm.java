@@ -9,9 +9,8 @@ public final class Vm {
     /** Loads the library and the components; called first. */
     public static void start() {
         NativeLibrary.load();
-        System.loadLibrary("gc");
-        System.loadLibrary("jit");
-        System.loadLibrary("vm"); // after the collector, whose module it links to
+        System.loadLibrary("kxagent"); // two components, which need no virtual machine to log
+        System.loadLibrary("vm"); // after the module that it links to
     }
 
     /**
@@ -24,6 +23,6 @@ public final class Vm {
     /** Appends the listing of all modules to a file, or to standard output for "-". */
     public static native void list(String file);
 
-    /** Logs from native code, on the module "gc" of a component that is linked to the collector. */
+    /** Logs from native code, on a module "gc" that is linked to that of another component. */
     public static native void collect(int round);
 }

@@ -1,0 +1,28 @@
+// Times the pauses of collections. The machine calls during a pause, one call at a time; there the
+// threads that run Java stand still, so nothing here waits for them.
+#ifndef EXAMPLES_AGENT_GC_H
+#define EXAMPLES_AGENT_GC_H
+
+#include "osal/export/osal_timing_types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+void gc_started(void);
+void gc_finished(void);
+
+// A pause that is longer is worth a warning; 0 for none, as at the start. From any thread.
+void gc_set_pause_limit(nanotime limit);
+nanotime gc_pause_limit(void);
+
+// Tells of all collections together.
+void gc_summarize(void);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+
+#endif
