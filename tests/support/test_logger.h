@@ -43,6 +43,15 @@ inline logger* make_logger(const TestLoggerParts& given, bool registers = true) 
     return log;
 }
 
+// Prints to a logger's first module whatever its level is.
+__attribute__((format(printf, 3, 4))) inline void print(logger* log, MsgLevel level,
+                                                        const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    _logforceprintv(log, 0, level, format, args);
+    va_end(args);
+}
+
 inline int files(const std::string& option) {
     return logParseLogFilesEx(option.c_str(), nullptr, 0, nullptr);
 }

@@ -68,7 +68,7 @@ struct World {
     // As far as a call may not change it by halves.
     string state() {
         if (util->out != stderr)
-            _logforceprintv(util->log, 0, MSG_WARN, "works", nullptr);
+            print(util->log, MSG_WARN, "works");
         const fio_fd unused = dup(fd);  // higher when a call has left another one open
         fio_close(unused);
         const auto* elements = static_cast<const char*>(full != nullptr ? full->data : block);

@@ -22,9 +22,9 @@ TEST(Links, StartAsTheirTargetsAndAreReachedByName) {
                 *last->loggers[0].pSanityLevel == SANITY_DEBUG);
     ASSERT_EQ(logParseMsgLevelsEx("sample=debug", nullptr, 0, nullptr), 0);
     EXPECT_EQ(*first->loggers[0].pMsgLevel, MSG_DEBUG);  // two links away
-    _logforceprintv(first, 0, MSG_WARN, "first", nullptr);
+    print(first, MSG_WARN, "first");
     ASSERT_EQ(files("first=stderr"), 0);  // each of them keeps the file open
-    _logforceprintv(last, 0, MSG_WARN, "last", nullptr);
+    print(last, MSG_WARN, "last");
     EXPECT_EQ(read_file(folder.file("log")), "[WARN ] first\nlast\n");
 }
 

@@ -110,7 +110,7 @@ TEST_F(Printing, CutsDecorationsAtTheirBudgetAndMessagesAfter1022Bytes) {
 TEST_F(Printing, KeepsTheLastErrorLosesLinesOfAFullDiskAndAllocatesNothing) {
     ASSERT_EQ(files("gc=/dev/full"), 0);
     errno = 4711;
-    _logforceprintv(log, 0, MSG_ERROR, "lost", nullptr);
+    print(log, MSG_ERROR, "lost");
     EXPECT_EQ(errno, 4711);
     platform = Platform{};
     ASSERT_EQ(files("gc=>compiler"), 0);

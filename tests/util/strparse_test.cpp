@@ -3,12 +3,14 @@
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <pmmintrin.h>
 #include <cfenv>
 #include <clocale>
 #include <cmath>
 #include <random>
 #include <vector>
+#if defined(__x86_64__)
+#include <pmmintrin.h>
+#endif
 
 template <typename Value>
 struct Case {
@@ -103,12 +105,14 @@ TEST(StrToSuffixDouble, LeavesTheNumberBehindWhenItsSuffixIsWrong) {
 }
 
 // In a thread that takes subnormal numbers for 0, a product would be 0.
+#if defined(__x86_64__)
 TEST(StrToSuffixDouble, ReadsSubnormalNumbersInEveryThread) {
     _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_ON);
     const Parsed subnormal = parse(strToSuffixDouble, "1.5e-308");
     _MM_SET_DENORMALS_ZERO_MODE(_MM_DENORMALS_ZERO_OFF);
     EXPECT_EQ(subnormal, Parsed(bits_of(1.5e-308), ""));
 }
+#endif
 
 // Mantissas of up to 20 digits with a point anywhere, or near the middle between two doubles.
 static std::string any_double(std::mt19937_64& random) {
