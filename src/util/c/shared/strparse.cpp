@@ -69,7 +69,7 @@ static inline double multiplied(double number, char suffix) {
     unsigned shift = shift_of(suffix);
     if (shift == 0)
         return number;
-    __asm__("" : "+r"(shift));  // a compiler that knows it multiplies by 1 instead of branching
+    __asm__("" : "+r"(shift));  // hides it: compilers would multiply by 1 instead of branching
     return number * static_cast<double>(u8{1} << shift);
 }
 
