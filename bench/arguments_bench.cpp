@@ -1,5 +1,5 @@
 // Option strings, walked and copied out. Walking gives name and value of every item, as pointers
-// and lengths; copying, as two strings of the heap, which are then released.
+// and lengths; copying, as two strings on the heap, which are then freed.
 
 #include "bench.h"
 #include "osal/export/osal_msmalloc.h"
@@ -80,7 +80,7 @@ static void consume_copies(Item item) {
     free(value);
 }
 
-// Character by character, each looked at once.
+// Character by character; each is read once.
 template <typename Consume>
 static int scan(const char* text, Consume consume_item) {
     int items = 0;
@@ -138,7 +138,7 @@ constexpr const char* NAMES[KINDS] = {"threads", "size", "pause", "offset",
 constexpr const char* VALUES[KINDS] = {"=8", "=64m",  "=200ms",        "=-12",
                                        "",   "=fast", "=/var/lib/app", "=0.75"};
 
-// So many groups of arguments, as names and as text, in which they have another order.
+// A number of groups of arguments, as names and as text, in which they have another order.
 struct Input {
     std::vector<std::string> names, words;
     std::vector<char*> tokens;

@@ -11,7 +11,7 @@ benchmark::internal::Benchmark* add(const std::string& case_name, const char* co
     return benchmark::RegisterBenchmark((case_name + "/" + contender).c_str(), run);
 }
 
-// The same for what is done over and over.
+// The same for an action that is repeated.
 template <typename Work>
 void add_loop(const std::string& case_name, const char* contender, Work work) {
     add(case_name, contender, [=](benchmark::State& state) {
@@ -20,13 +20,13 @@ void add_loop(const std::string& case_name, const char* contender, Work work) {
     });
 }
 
-// How much a case is about, in words that end its name.
+// The size of a case, in words that end its name.
 struct Size {
     const char* name;
     size_t bytes;
 };
 
-// Ends the program when a contender does something else than the others.
+// Ends the program when a contender's result differs from the others'.
 void require(bool condition, const std::string& otherwise);
 
 // Defined by each program.

@@ -1,7 +1,7 @@
 // An array filled by appending one element at a time, from the empty array to its release.
 //
 // A million elements get fresh memory from the kernel every time, as the first large array of a
-// process does; ten thousand reuse what the run before gave back.
+// process does; ten thousand reuse what the run before has freed.
 
 #include "bench.h"
 #include "util/export/dynarray.h"
@@ -51,7 +51,7 @@ struct Vector {
 template <typename Contender, size_t size>
 static void add_contender(const std::string& name, const char* contender, int64_t count) {
     add(name, contender, [=](benchmark::State& state) {
-        // As a process starts out, and as it is after it has released large blocks.
+        // As in a new process, and as in one that has freed large blocks.
         mallopt(M_MMAP_THRESHOLD, count == MANY ? 128 << 10 : 32 << 20);
         mallopt(M_TRIM_THRESHOLD, count == MANY ? 128 << 10 : 64 << 20);
         while (state.KeepRunningBatch(count)) {

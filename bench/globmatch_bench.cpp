@@ -1,5 +1,5 @@
-// Dotted class names matched, and the pattern that makes a matcher which tries all combinations run
-// for seconds. Every contender's answers are checked before it is timed.
+// Dotted class names matched, and a hostile pattern, on which a matcher that tries all combinations
+// runs for seconds. Every contender's answers are checked before it is timed.
 
 #include "bench.h"
 #include "util/export/globmatch.h"
@@ -90,7 +90,7 @@ struct Fnmatch {
 
 template <typename Contender>
 static void add_contender(const Case& c, const char* name) {
-    auto& contender = *new Contender(c.patterns);  // for good
+    auto& contender = *new Contender(c.patterns);  // never freed
     Fnmatch reference(c.patterns);
     for (const std::string& s : c.subjects)
         require(contender.matches(s) == reference.matches(s), "wrong answer");

@@ -1,8 +1,8 @@
 // Documents read as events, in seven shapes and three sizes.
 //
-// Everybody's callback, or walk, counts the events and adds up the bytes of strings and the
-// numbers; before anything is measured, the sums of all are compared. Documents are plain JSON of
-// characters up to U+FFFF, without the escapes that only some know.
+// Each contender's callback, or walk, counts the events and adds up the bytes of strings and the
+// numbers. The sums are compared before anything is measured. Documents are plain JSON of
+// characters up to U+FFFF, without the escapes that only some contenders know.
 
 #include "bench.h"
 #include "json_peers.h"
@@ -166,7 +166,7 @@ void add_all() {
         "kxutil by vectors of up to " + std::to_string(vector_bytes) + " bytes, " + peer_kernels());
     for (const Shape& shape : SHAPES)
         for (const Size& size : SIZES) {
-            auto* const document = new std::string(make_document(shape, size.bytes));  // for good
+            auto* const document = new std::string(make_document(shape, size.bytes));  // kept
             document->reserve(document->size() + PADDING_BYTES);
             const std::string name = std::string(shape.name) + size.name;
             add_contender(name, {"kxutil", read_ours}, document);

@@ -1,5 +1,5 @@
-// The readers that ours is compared with, in a source of their own with their wide code on, and
-// what all have to find.
+// The readers that ours is compared with, in a separate source that is compiled for this machine's
+// processor, and what all must find.
 #ifndef BENCH_JSON_PEERS_H
 #define BENCH_JSON_PEERS_H
 

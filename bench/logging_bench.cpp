@@ -133,7 +133,8 @@ static void print_lines(benchmark::State& state) {
     }
 }
 
-// Statements that are off stand one behind the other, because a loop around one costs as much.
+// Statements that are off follow one another, because a loop around one costs as much as the
+// statement.
 constexpr int STATEMENTS = 64;
 
 template <typename Statement>

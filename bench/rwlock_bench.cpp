@@ -16,7 +16,7 @@ alignas(OWN_LINES) static pthread_rwlock_t rwlock = PTHREAD_RWLOCK_INITIALIZER;
 alignas(OWN_LINES) static absl::Mutex mutex{absl::kConstInit};
 alignas(OWN_LINES) static std::atomic<unsigned> bare;
 
-// Readers that take turns on one core never meet, so each thread has a core of its own.
+// Readers that share one core never run at the same time, so each thread has its own core.
 static void stay_on_core(int core) {
     cpu_set_t cores;
     CPU_ZERO(&cores);
@@ -64,8 +64,8 @@ void add_all() {
         pthread_rwlock_wrlock(&rwlock);
         pthread_rwlock_unlock(&rwlock);
     });
-    // Counts readers or marks a writer, and cannot wake a waiter. No plain store: a lock has to
-    // learn at its release whether a thread is waiting.
+    // Counts readers or marks a writer, and cannot wake a waiter. It uses no plain store, because a
+    // lock must learn at its release whether a thread is waiting.
     add_read("limit: atomic pair", [] {
         bare.fetch_add(2, std::memory_order_acquire);
         bare.fetch_sub(2, std::memory_order_release);

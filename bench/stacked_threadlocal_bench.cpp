@@ -1,4 +1,4 @@
-// A binding pushed and popped, and looked up, against a list of one's own behind a POSIX
+// A binding pushed and popped, and looked up, against a hand-written list behind a POSIX
 // thread-specific value.
 
 #include "bench.h"

@@ -1,5 +1,5 @@
-// Numbers with multipliers and durations with units, from text. Every contender reads the same
-// texts to the same values, suffix included, which is checked first.
+// Numbers with multipliers and durations with units, from text. Every contender must read the same
+// values from the same texts, suffix included; that is checked first.
 
 #include "bench.h"
 #include "util/export/strparse.h"
@@ -17,7 +17,7 @@
 
 using Texts = std::vector<std::string>;
 
-constexpr size_t TEXTS = 4096;  // more than a branch predictor learns by heart
+constexpr size_t TEXTS = 4096;  // more than a branch predictor remembers
 
 // A multiplier as a shift, or -1 when there is no such suffix.
 static int shift_of(char suffix) {
@@ -157,7 +157,7 @@ static void add_contender(const char* name, const char* contender, const Texts& 
 
 template <typename Value, typename Peer>
 static void add_case(const char* name, const char* peer, std::string (*make)()) {
-    auto& texts = *new Texts(TEXTS);  // for good
+    auto& texts = *new Texts(TEXTS);  // never freed
     std::generate(texts.begin(), texts.end(), make);
     for (const std::string& text : texts) {
         Value ours = 0, expected = 0;

@@ -13,7 +13,7 @@ using Characters = std::vector<std::string>;
 struct Shape {
     const char* name;
     Characters characters;      // drawn at random
-    Characters for_peers = {};  // instead, where their encoding is another
+    Characters for_peers = {};  // used instead where their encoding differs
 };
 
 static const Shape SHAPES[] = {

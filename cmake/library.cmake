@@ -3,8 +3,8 @@ set(KX_VERSION_NOTE
     "SHELL:-Xlinker '--package-metadata={\"name\":\"${PROJECT_NAME}\",\"version\":\"${PROJECT_VERSION}\"}'")
 check_linker_flag(CXX "${KX_VERSION_NOTE}" KX_HAS_VERSION_NOTE)
 
-# A shared library of ours: hidden visibility, an export map that the linker holds it to, found
-# beside its user, and no library needed at run time but what is named here and libc.
+# A shared library of ours: hidden visibility, an export map that the linker enforces, its
+# neighbours found in its own folder, and at run time no library except those named here and libc.
 function(kx_add_library name map)
     add_library(${name} SHARED ${ARGN})
     kx_enable_warnings(${name})
@@ -26,9 +26,9 @@ function(kx_add_library name map)
         BUILD_WITH_INSTALL_RPATH ON
         INSTALL_RPATH "$ORIGIN")
     if(NOT KX_INSTRUMENT AND NOT KX_FUZZ)
-        # Guards for functions with arrays of characters: those run once per line, document or call.
-        # The strong form would add a check to every number that the JSON reader delivers, to each
-        # look at the clock and to each glob match.
+        # Stack guards for functions with arrays of characters, which run once per line, document or
+        # call. The strong form would add a check to every number that the JSON reader delivers, to
+        # each reading of the clock and to each glob match.
         target_compile_options(${name} PRIVATE -fstack-protector
             "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
         # Without the C++ library; static helpers of the compiler are allowed.

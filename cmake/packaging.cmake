@@ -1,6 +1,6 @@
 # What is installed, and the Debian packages of it. The version is project()'s; the package files
-# take it from there. Programs and CMake find their neighbours by relative paths, so
-# that an installed tree may be moved.
+# take it from there. Programs and CMake find their neighbours by relative paths, so that an
+# installed tree can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -66,7 +66,7 @@ set(CPACK_SET_DESTDIR ON)  # the prefix is the one that users will see
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://kestrum.invalid/kxutil")
-# What the libraries need is asked of them; one needs the other, which lies in the same package.
+# Dependencies are read from the libraries; one needs the other, which is in the same package.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 file(WRITE "${CMAKE_CURRENT_BINARY_DIR}/triggers" "activate-noawait ldconfig\n")

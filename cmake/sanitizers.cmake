@@ -9,7 +9,7 @@ elseif(KX_INSTRUMENT STREQUAL "thread")
     add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
     add_link_options(-fsanitize=thread)
 elseif(KX_INSTRUMENT STREQUAL "coverage")
-    add_compile_options(--coverage -fprofile-update=atomic)  # threads count together
+    add_compile_options(--coverage -fprofile-update=atomic)  # threads share the counters
     add_link_options(--coverage)
 elseif(NOT KX_INSTRUMENT STREQUAL "")
     message(FATAL_ERROR "KX_INSTRUMENT: '${KX_INSTRUMENT}' is not address, thread or coverage")

@@ -1,5 +1,5 @@
-// Declared arguments, parsed from any text. What becomes of them must follow from the items of the
-// text, which a regular expression finds.
+// Declared arguments, parsed from any text. Their values must be those of the text's items, which a
+// regular expression finds.
 
 #include "util/export/arguments.h"
 
@@ -14,13 +14,13 @@ static void require(bool condition) {
         __builtin_trap();
 }
 
-// An item's name, and its value in double quotes, in single ones, or without. A quote behind a
-// backslash ends nothing, and without an end the value takes the rest.
+// An item's name, and its value in double quotes, in single ones, or without. A quote after a
+// backslash does not end the value; without an end the value takes the rest.
 static const std::regex ITEM(
     R"(,*(?=[^,])([^=,]*)(?:=(?:"((?:[^"]*\\")*[^"]*)|'((?:[^']*\\')*[^']*)|([^,]*)))?[^,]*)");
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    // In a block of its own size. Regular expressions need much stack for long texts.
+    // In a block of exactly its size. Regular expressions need much stack for long texts.
     const std::vector<char> text(data, std::find(data, data + std::min(size, size_t{2000}), '\0'));
     const string names[] = {"flag", "c", "", "a-long-name-of-more-than-16"};
     int variables[std::size(names)] = {}, expected[std::size(names)] = {};

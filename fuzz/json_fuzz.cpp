@@ -1,6 +1,6 @@
-// Documents. Events and error are the same with the narrowest vectors and wherever the text lies,
-// the events as text are read as the same events, an abort only ends them, and a small buffer only
-// cuts the error.
+// Documents. Events and error are the same with the narrowest vectors and at every address of the
+// text. The events written as text give the same events when they are read. An abort only ends
+// them, and a small buffer only cuts the error.
 //
 // The input's first byte chooses the size of the error buffer, the second the event at which the
 // callback aborts; the rest is the document.
@@ -25,7 +25,7 @@ static std::string told_by(decltype(jsonParse)* parse, const std::vector<char>& 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2)
         return 0;
-    std::vector<char> document(data + 2, data + size);  // a block of its own size
+    std::vector<char> document(data + 2, data + size);  // a block of exactly its size
     document.push_back('\0');
     const JsonOutcome outcome = json_outcome(document.data());
 

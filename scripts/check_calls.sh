@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Fails when the object files of a library of the given build call one another in a circle. Calls of
-# the library's own component do not count: every file may log through the module "util", and the
-# component is registered like any other.
+# Fails when there is a cycle of calls between the object files of a library of the given build.
+# Calls of the library's own component do not count: every file may log through the module "util",
+# and the component is registered like any other.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:?build folder}

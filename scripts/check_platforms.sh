@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Fails when odd numbers and texts mean one thing in the first of the given builds and another in the
-# others. A build's programs run as its tests do.
+# Fails when odd numbers and texts mean something else in one of the given builds than in the first.
+# A build's programs run as its tests do.
 #
 #   scripts/check_platforms.sh build/release build/aarch64 build/musl
 set -euo pipefail

@@ -12,7 +12,7 @@ find $build -name '*.gcda' -delete
 ctest --preset coverage -j "$(nproc)" --timeout 300 > $build/tests.txt 2>&1 \
     || { tail -40 $build/tests.txt >&2; exit 1; }
 
-# Once for each way a library is built: with all, some and none of the wide instructions.
+# The library is built three times: with AVX-512, with AVX2 only, and with neither.
 gcovr --root . --filter src/ --object-directory $build --exclude-throw-branches \
     --exclude-unreachable-branches --json $build/coverage.json $build/CMakeFiles $build/tests/util
 report() {

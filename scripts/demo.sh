@@ -13,7 +13,7 @@ trap 'rm -rf "$scratch"' EXIT
     cd "$root"
     scripts/bootstrap.sh demo >&2
     {
-        # What tests need is not installed for this; test.sh turns them on again.
+        # The demo does not install what tests need; test.sh turns them on again.
         [ -e build/release/build.ninja ] || cmake --preset release -D KX_TESTS=OFF
         cmake --build --preset release --target kxexample_agent kxexample_demo
     } > "$scratch/build" 2>&1 || { cat "$scratch/build" >&2; exit 1; }

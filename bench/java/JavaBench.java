@@ -19,10 +19,10 @@ import veltra.kestrum.log.NativeLogModule.Level;
 /**
  * A log line printed from Java, and a log statement that is off.
  *
- * <p>Every contender prints the same message after level, module, local time and process id, about 96
- * bytes, and hands the line to the kernel before its call returns. Every run starts with a fresh
- * file, whose size is checked afterwards. Contenders alternate at random; what the compiler does is
- * left out by rounds that are not counted. Writes to standard output what Google Benchmark would.
+ * <p>Every contender prints the same message after level, module, local time and process id, about
+ * 96 bytes, and hands the line to the kernel before its call returns. Every run starts with a fresh
+ * file, whose size is checked afterwards. Contenders alternate at random; the first rounds, in
+ * which the compiler works, are not counted. Writes to standard output what Google Benchmark would.
  *
  * <p>Usage: JavaBench FOLDER ROUNDS; the empty folder is for log files.
  */

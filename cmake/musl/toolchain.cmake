@@ -1,6 +1,6 @@
-# Compiles against musl as Debian's musl-tools has it, with the system's compiler. The libraries need
-# of C++ only headers, so those of that compiler serve; programs that need more than that cannot be
-# linked.
+# Compiles against musl as Debian's musl-tools has it, with the system's compiler. The libraries
+# need only headers of C++, for which those of that compiler are right; programs that need the C++
+# library cannot be linked.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER gcc)

@@ -4,7 +4,8 @@ import java.io.InputStream;
 /**
  * A program for the agent to watch: each round of a worker allocates, throws and loads a class.
  *
- * <p>Usage: Busy WORKERS ROUNDS, where 0 rounds are without end. Tells each finished "worker round".
+ * <p>Usage: Busy WORKERS ROUNDS, where 0 means without end. Prints "worker round" for each one
+ * finished.
  */
 public final class Busy {
     private static final int BLOCKS = 64;
@@ -12,10 +13,10 @@ public final class Busy {
 
     private Busy() {}
 
-    /** What each round loads anew. */
+    /** The class that each round loads again. */
     static final class Item {}
 
-    /** What each block is lost by. */
+    /** Thrown for each block. */
     static final class Lost extends RuntimeException {
         private static final long serialVersionUID = 1;
     }

@@ -1,4 +1,4 @@
-// Where the machine enters the agent: at its start, and whenever somebody attaches.
+// Where the machine calls the agent: at its start, and at every attach.
 
 #define LOG_DEFINE_COMPONENT
 #include "agent_log.h"
@@ -20,8 +20,7 @@ Environment* environment(JavaVM* vm, jint version) {
     return vm->GetEnv(&found, version) == JNI_OK ? static_cast<Environment*>(found) : nullptr;
 }
 
-// Options that are rejected may have changed some levels already, so events are chosen anew either
-// way.
+// Rejected options may have changed some levels already, so events are chosen again in both cases.
 jint enter(JavaVM* vm, const char* options, JNIEnv* jni) {
     if (machine == nullptr) {
         machine = environment<jvmtiEnv>(vm, JVMTI_VERSION_11);

@@ -1,5 +1,5 @@
-// A writer belongs to one thread at a time: `lock` makes it so. Every record is flushed, in one
-// write: a machine that is killed loses none that was traced.
+// A writer belongs to one thread at a time, which `lock` ensures. Every record is flushed in one
+// write, so a machine that is killed loses no traced record.
 
 #include "class_trace.h"
 

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-// Goes on in a new file; the empty path ends the trace. Returns 0, or -1 with a message.
+// Continues the trace in a new file; the empty path ends it. Returns 0, or -1 with a message.
 int set_class_trace(const char* path, char* errbuf, size_t errlen);
 
 bool tracing_classes();

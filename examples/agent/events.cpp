@@ -1,4 +1,5 @@
-// The callbacks. They come on any thread, several at once, also while the machine starts and ends.
+// The callbacks. They run on any thread, also at the same time, and while the machine starts or
+// ends.
 
 #include "events.h"
 
@@ -77,7 +78,7 @@ void JNICALL thread_ends(jvmtiEnv* machine, JNIEnv*, jthread thread) {
     tell_of_thread(machine, thread, "ends");
 }
 
-// Programs may throw a lot, so names are asked for only when they may be printed.
+// Programs may throw often, so names are read only when they may be printed.
 void JNICALL exception_is_thrown(jvmtiEnv* machine, JNIEnv* jni, jthread, jmethodID method,
                                  jlocation, jobject exception, jmethodID catcher, jlocation) {
     const MsgLevel usual = catcher != nullptr ? MSG_DEBUG : MSG_INFO;
@@ -153,9 +154,9 @@ bool prepare_events(jvmtiEnv* machine) {
            machine->SetEventCallbacks(&callbacks, sizeof callbacks) == JVMTI_ERROR_NONE;
 }
 
-// The right to hear of exceptions makes compiled code throw many times slower, whether they are
-// told or not, and machines give it at their start only. So it is asked for when exceptions are
-// wanted.
+// The capability for exception events makes compiled code throw many times slower, even when the
+// events are not enabled, and machines grant it at their start only. So it is requested only when
+// exceptions are wanted.
 void choose_events(jvmtiEnv* machine, JNIEnv* jni) {
     jvmtiCapabilities exceptions = {};
     exceptions.can_generate_exception_events = exceptions_wanted();

@@ -1,5 +1,5 @@
 // Patterns are matched in callbacks of any thread, while an attach may replace them: `lock` is held
-// for as long as one match takes, and no other lock meanwhile.
+// during one match, and no other lock is taken meanwhile.
 
 #include "filters.h"
 

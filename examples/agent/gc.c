@@ -9,7 +9,7 @@
 
 static const nanotime NANOS_PER_MICRO = 1000;
 
-static s8 start_ticks;       // of the pause that goes on
+static s8 start_ticks;       // of the current pause
 static nanotime all_pauses;  // whole microseconds
 static unsigned count;       // printing threads read it, too
 static nanotime limit;
@@ -36,8 +36,7 @@ static nanotime pause_until_now(void) {
     return (nanotime)(ticks * counterToNanoMultiplier) / NANOS_PER_MICRO * NANOS_PER_MICRO;
 }
 
-// An end whose start was not told, because the agent has just been asked to listen, counts for
-// nothing.
+// An end without a start is ignored: the events were enabled during the collection.
 void gc_finished(void) {
     if (start_ticks == 0)
         return;

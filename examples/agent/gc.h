@@ -1,5 +1,5 @@
-// Times the pauses of collections. The machine calls during a pause, one call at a time; there the
-// threads that run Java stand still, so nothing here waits for them.
+// Times the pauses of collections. The machine calls during a pause, one call at a time. The
+// threads that run Java are stopped then, so nothing here waits for them.
 #ifndef EXAMPLES_AGENT_GC_H
 #define EXAMPLES_AGENT_GC_H
 
@@ -13,11 +13,11 @@ extern "C" {
 void gc_started(void);
 void gc_finished(void);
 
-// A pause that is longer is worth a warning; 0 for none, as at the start. From any thread.
+// A longer pause gives a warning; with 0, the initial value, none does. From any thread.
 void gc_set_pause_limit(nanotime limit);
 nanotime gc_pause_limit(void);
 
-// Tells of all collections together.
+// Prints a summary of all collections.
 void gc_summarize(void);
 
 #pragma GCC visibility pop

@@ -1,6 +1,6 @@
-// The end of a collection is told while Java stands still, when the machine must not be asked for
-// anything. So a thread of the agent asks it afterwards. It waits on a semaphore, which a callback
-// can post without waiting for anybody.
+// The end of a collection is reported while Java is stopped, when the agent may not call the
+// machine. So a thread of the agent asks it afterwards. It waits on a semaphore, which a callback
+// can post without waiting.
 
 #include "heap.h"
 
@@ -19,7 +19,8 @@ sem_t collected;
 std::atomic<bool> running, ending;
 std::atomic<size_t> limit;
 
-// The machine's java.lang.Runtime. Every machine has what is looked up here, and none of it throws.
+// The machine's java.lang.Runtime. Every machine has the methods that are looked up here, and none
+// of them throws.
 class Runtime {
   public:
     explicit Runtime(JNIEnv* jni) : jni_(jni), type_(jni->FindClass("java/lang/Runtime")) {
@@ -50,7 +51,7 @@ void report(size_t used, size_t total, size_t most) {
                  scaledDownSizeSuffix(total));
 }
 
-// Collections that follow each other faster than this thread wakes are told as one.
+// Collections that follow each other faster than this thread wakes are reported as one.
 void JNICALL watch(jvmtiEnv*, JNIEnv* jni, void*) {
     const Runtime runtime(jni);
     for (;;) {

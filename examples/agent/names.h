@@ -1,10 +1,10 @@
-// Names of classes, methods and threads, as the machine hands them out.
+// Names of classes, methods and threads, as the machine gives them.
 #pragma once
 
 #include <jvmti.h>
 #include <cstring>
 
-// A text that the machine allocates, given back at the end of the block.
+// A text that the machine allocates, freed at the end of the block.
 //
 //     MachineText name(machine);
 //     machine->GetMethodName(method, name.place(), nullptr, nullptr);
@@ -29,8 +29,8 @@ class MachineText {
     char* text_ = nullptr;
 };
 
-// The name of a class in dotted form: "java.util.Map$Entry". The machine's is
-// "Ljava/util/Map$Entry;", in memory that is ours for a while, so it is changed in place.
+// The name of a class in dotted form: "java.util.Map$Entry". The machine gives
+// "Ljava/util/Map$Entry;", in memory that we own until we free it, so it is changed in place.
 class ClassName : public MachineText {
   public:
     ClassName(jvmtiEnv* machine, jclass type) : MachineText(machine) {

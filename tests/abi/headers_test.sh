@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Compiles every public header and include-only source alone, as C11 and as C++17; all of them with a
-# component and uses of their inline functions, with all optimisation and by the strictest warnings, in
-# each language's versions, by each compiler that is here.
+# Compiles every public header and include-only source alone, as C11 and as C++17; all of them with
+# a component and uses of their inline functions, with all optimisation and the strictest warnings,
+# in each language's versions, by each compiler that is here.
 #
 #   headers_test.sh SRC CC CXX      the compilers, perhaps with options
 set -euo pipefail

@@ -1,5 +1,5 @@
-// Uses of what the headers put into their users' code, with sizes that the compiler knows: it must
-// not take them for mistakes.
+// Uses of the headers' inline functions with sizes that the compiler knows: it must not warn about
+// them.
 #include "util/export/dynarray.inl"
 #include "util/export/posix/stringutil_pd.h"
 #include "util/export/streamwriter.h"

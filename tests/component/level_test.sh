@@ -38,8 +38,8 @@ CODE
         printf '%s: not one load and one unsigned comparison:\n%s\n' "$compiler" "$code" >&2
         failed=1
     fi
-    # The call comes after the return: a statement that is off takes no jump. In a branch of two, clang
-    # has the other branch go on without one.
+    # The call comes after the return: a statement that is off takes no jump. In an "if" with
+    # "else", clang lets the other branch fall through instead.
     functions=(statement branch)
     [[ $($compiler --version) != *clang* ]] || functions=(statement)
     for function in "${functions[@]}"; do

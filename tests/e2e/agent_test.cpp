@@ -91,8 +91,8 @@ TEST_F(Agent, WritesWhatItsOptionsAskForOrEndsTheStartWithOneLine) {
             << c.options;
 }
 
-// A worker tells of a round when it has loaded the class, so of those told of since a file was
-// named at most one of each worker is not in it. The trace's records take 23 bytes.
+// A worker reports a round after it has loaded the class. So of the rounds reported since a file
+// was named, at most one of each worker is missing in it. The trace's records take 23 bytes.
 TEST_F(Agent, TakesNewOptionsWhileTheMachineRunsAndLosesNoLineWhenItIsKilled) {
     EXPECT_EQ(shell(R"(: >told; busy 'level=class,except:classes=*Item:files=a' 0 >told 2>err &
         until_lines worker told

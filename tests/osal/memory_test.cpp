@@ -16,7 +16,7 @@ static std::string reported(const std::string& expression, const std::string& ar
     testing::internal::CaptureStderr();
     faults = {.failing_write = 1, .error = EINTR};  // at first
     assertReport(expression.c_str(), "x.cpp", 417, "copy", "not\r\n%s", argument.c_str());
-    close(STDERR_FILENO);  // where the next reports fail; put back below
+    close(STDERR_FILENO);  // so that the next reports fail; restored below
     errno = ENOTTY;
     const wchar_t unencodable[] = {0x7fffffff, 0};
     for (const char* format : {"", "%ls"})

@@ -42,7 +42,7 @@ TEST(RwLock, AWaiterSleepsUntilTheLastHoldIsReleased) {
 }
 
 TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
-    constexpr int THREADS = 16, ROUNDS = 8000, WRITE_EVERY = 4;  // one that is forgotten hangs
+    constexpr int THREADS = 16, ROUNDS = 8000, WRITE_EVERY = 4;  // a thread that is not woken hangs
     volatile int word = 0;
     long writes = 0;
     std::vector<std::jthread> threads(THREADS);
@@ -53,7 +53,7 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
                 hold.take(&word);
                 const long before = writes;
                 if (i % 63 == 0)
-                    usleep(10);  // lets others find the word held, until they sleep
+                    usleep(10);  // others find the word held until they sleep
                 EXPECT_EQ(writes, before);
                 if (&hold == &WRITE)
                     writes++;
@@ -69,7 +69,7 @@ TEST(Ids, AreRightInEveryThreadAndInAChildThatHasTheHoldsOfItsThread) {
     static volatile int others, mine, both, written;
     std::barrier meeting(2);
     std::jthread other([&] {
-        EXPECT_TRUE(ids_are_right() && ids_are_right());  // the second answer is the one kept
+        EXPECT_TRUE(ids_are_right() && ids_are_right());  // the second answer is the kept one
         rwWriteLock(&others);
         rwReadLock(&both);
         meeting.arrive_and_wait();
@@ -105,13 +105,13 @@ TEST(Ids, AreRightInEveryThreadAndInAChildThatHasTheHoldsOfItsThread) {
     meeting.arrive_and_wait();
 }
 
-// More of them than the platform keeps in its fast ones; in the end, all that there are.
+// More slots than the platform's fast ones; in the end, all that exist.
 TEST(Slots, AreSeparateInEveryThreadAndFromOneAnotherUntilTheyRunOut) {
     TLSKey keys[12];
     EXPECT_EQ(tlsAlloc(nullptr), OSAL_BAD_ARGUMENT);
     for (TLSKey& key : keys) {
         ASSERT_EQ(tlsAlloc(&key), OSAL_OK);
-        EXPECT_EQ(tlsSet(key + 1, keys), OSAL_BAD_ARGUMENT);  // nobody's yet
+        EXPECT_EQ(tlsSet(key + 1, keys), OSAL_BAD_ARGUMENT);  // not allocated yet
         EXPECT_TRUE(tlsGet(key) == nullptr && tlsSet(key, &key) == OSAL_OK);
         std::thread([key] { EXPECT_EQ(tlsGet(key), nullptr); }).join();
     }

@@ -6,7 +6,7 @@
 #include <climits>
 #include <cstring>
 
-static time_t second = 0;  // that the clocks show; 0 for the right one, less when they fail
+static time_t second = 0;  // that the clocks show; 0 for the real time, negative when they fail
 
 int clock_gettime(clockid_t clock, timespec* now) noexcept {
     const int result = syscall(SYS_clock_gettime, clock, now);

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds and installs as docs/packaging.md says, moves the result elsewhere, and checks that it is
-# complete and can be used; then takes the sources into the same stranger's build as a subproject.
+# complete and can be used; then takes the sources as a subproject into the same build of another
+# project.
 #
 #   install_test.sh SOURCE            with the environment that use_installed.sh needs
 set -euo pipefail

@@ -1,5 +1,5 @@
-// Prints what chance's odd numbers and escapes mean, which must be the same on every platform. The
-// texts are the same ones every time.
+// Prints what random odd numbers and escapes mean, which must be the same on every platform. Each
+// run uses the same texts.
 //
 //   odd_texts COUNT
 #include "util/export/json.h"

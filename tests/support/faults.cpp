@@ -28,7 +28,7 @@ ssize_t write(int fd, const void* buf, size_t len) {
 void* __libc_realloc(void* block, size_t size);
 void __libc_free(void* block);
 
-// Not by calls among the functions themselves: compilers turn realloc(nullptr, size) into malloc().
+// The functions must not call one another: compilers turn realloc(nullptr, size) into malloc().
 static void* resize(void* block, size_t size) {
     faults.allocations++;
     if (strikes(faults.failing_allocation))

@@ -21,8 +21,8 @@ inline bool glob_matches(const std::string& glob, const Subject& subject) {
                           strs.size() > 1 ? subject.separators.data() : nullptr);
 }
 
-// The text written out is to match; that an empty string follows it only a star allows for. Takes
-// time exponential in the number of stars.
+// The text in one piece must match; an empty last string needs a star at the pattern's end, too.
+// The time is exponential in the number of stars.
 inline bool should_match(const std::string& glob, const Subject& subject) {
     std::string text = subject.strings[0], quoted;
     for (size_t i = 1; i < subject.strings.size(); i++)

@@ -1,4 +1,4 @@
-// What a parse comes to. The events are told in the dialect itself, so reading them gives them
+// The outcome of a parse. The events are written in the dialect itself, so reading them gives them
 // again: "{'key':['text',1,0.5,null,],},".
 #ifndef TESTS_SUPPORT_JSON_OUTCOME_H
 #define TESTS_SUPPORT_JSON_OUTCOME_H
@@ -63,7 +63,7 @@ inline std::string repeated(size_t times, const char* text) {
     return result;
 }
 
-// Of a parse whose callback aborts at the event of number `abort_at`, counted from 0.
+// The outcome when the callback aborts at the event of number `abort_at`, counted from 0.
 inline JsonOutcome json_outcome(const char* document, size_t errlen = 5000,
                                 size_t abort_at = SIZE_MAX) {
     JsonOutcome outcome = {.events_left = abort_at};

@@ -1,5 +1,5 @@
-// What the number parsers must agree on about any text. Doubles and durations are what the
-// platform's scanner reads; integers have the same value in whatever way they are written.
+// What all number parsers must agree on for any text. Doubles and durations are what the platform's
+// scanner reads; an integer has the same value in every notation.
 #ifndef TESTS_SUPPORT_NUMBER_TEXTS_H
 #define TESTS_SUPPORT_NUMBER_TEXTS_H
 
@@ -58,8 +58,8 @@ inline std::array<Parsed, 6> integers(const std::string& text) {
             parse(strToSuffixInt, text),   parse(strToSuffixAddress, text)};
 }
 
-// Whether all parsers read the text as the others and the scanner do. A blank in front leads past
-// the reader of plain numbers, a '+' before the digits to the platform's scanner: neither may
+// True when all parsers read the text as the others and the scanner do. A leading blank bypasses
+// the reader of plain numbers, a '+' before the digits leads to the platform's scanner: neither may
 // change anything.
 inline bool parsers_agree(const std::string& text) {
     const size_t start = strncasecmp(text.c_str(), "0x", 2) == 0 ? 2 : 0;

@@ -1,4 +1,4 @@
-// The virtual machine's UTF-8, judged by decoding: what is valid is encoded as it was.
+// The virtual machine's UTF-8, checked by decoding: encoding valid text gives the same bytes.
 #ifndef TESTS_SUPPORT_PLAIN_UTF8_H
 #define TESTS_SUPPORT_PLAIN_UTF8_H
 
@@ -6,7 +6,7 @@
 
 #include <string>
 
-// An overlong sequence differs in that it is encoded in fewer bytes.
+// An overlong sequence differs, because it is encoded in fewer bytes.
 inline bool plain_utf8_validate(const std::string& text, bool relax) {
     for (const char* p = text.c_str(); p < text.c_str() + text.size();) {
         const char* const begin = p;

@@ -15,7 +15,7 @@ thread_local Platform platform;
 #define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
 void* gsRealloc(void* old, size_t size) {
-    if (platform.keeps_sizes)  // which itself needs memory
+    if (platform.keeps_sizes)  // the list itself needs memory
         platform.allocations.push_back(size);
     if (strikes(platform.failing_allocation))
         return nullptr;

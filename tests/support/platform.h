@@ -15,7 +15,7 @@
 
 struct Platform {
     size_t failing_allocation = 0;
-    long live_blocks = 0;  // gsMalloc, gsRealloc and msRealloc less those released
+    long live_blocks = 0;  // allocated by gsMalloc, gsRealloc or msRealloc, not released
     bool keeps_sizes = false;
     std::vector<size_t> allocations = {};   // the sizes asked for, when kept
     const char* time_text = nullptr;        // not null: clocks and ids stand still; "" has no text

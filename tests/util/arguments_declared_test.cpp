@@ -8,14 +8,14 @@
 
 using std::string;
 
-// The text is copied to a block of just its size, for the address sanitizer to watch its end.
+// The text is copied to a block of exactly its size, so that the address sanitizer watches its end.
 static int parse(argsParse* pa, const string& text) {
     const std::vector<char> exact(text.begin(), text.end());
     return argParse(pa, exact.data(), exact.size(), ',');
 }
 
-// The value of a required, repeatable size and how often it is there, and then the error. Where a
-// '|' is expected, a catch-all takes unknown items, and the last one's name and value are told.
+// The value and the count of a required, repeatable size, and the error. Where a '|' is expected, a
+// catch-all takes unknown items, and the name and value of the last one follow.
 const std::pair<const char*, const char*> PARSE_CASES[] = {
     {"size=64m,v", "67108864*1 "},
     {",,size='1k'tail,,verb=off,", "1024*1 "},
@@ -41,7 +41,7 @@ TEST(ArgParse, StoresValuesOrNamesTheFirstMistake) {
             argAddsize_t("size", &pa, &size_info, &size, 1, "", nullptr, _required | _multiple);
         for (const char* name : {"", "v"})
             argAddbool(name, &pa, &flags[*name == 'v'], &flag, false, nullptr, nullptr, 0);
-        // Declared anew, in its place: its alias comes before the other's name.
+        // Declared again, in the same place: its alias comes before the other's name.
         argAddbool("verbose", &pa, &flags[0], &flag, false, "", "v,,verb", 0);
         const char *name = "", *value = "";
         const bool has_sink = strchr(expected, '|') != nullptr;
@@ -68,7 +68,7 @@ TEST(ArgParse, StoresValuesOrNamesTheFirstMistake) {
     }
 }
 
-// Three values where there are two, and what is behind them: the variable's own.
+// Asks for three values where there are two; a fourth, the variable's own, must not change.
 template <typename T>
 static void expect_values(auto add, T initial, const string& first, const string& second,
                           const string& expected) {
@@ -137,7 +137,7 @@ TEST(ArgGetValues, ReportsTheValueThatDidNotConvertAndEndsThere) {
     EXPECT_EQ(read(), 100);
     EXPECT_EQ(platform.reports, std::vector<string>{"argConvert(a->kind, &p, tmp, NULL)|"
                                                     "src/util/c/shared/arguments|argGetValues|"});
-    text[4] = 'm';  // an item less
+    text[4] = 'm';  // one item less
     EXPECT_EQ(read(), 130);
     argFree(&pa);
     argGetValues(&pa, &info, nullptr, 0);

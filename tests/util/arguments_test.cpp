@@ -19,7 +19,7 @@ const WalkCase WALK_CASES[] = {
     {"a='@,y',@=\"it's\"", "<a:@,y><@:it's>"},
     {"a='@\\'s',b", "<a:@\\'s><b:>"},
     {"a='@\\'',b", "<a:@\\'><b:>"},
-    {"a='x\\\\',@'", "<a:x\\\\',@>"},  // a backslash counts even behind another one
+    {"a='x\\\\',@'", "<a:x\\\\',@>"},  // a backslash counts even after another one
     {"@='x'@,b", "<@:x><b:>"},
     {"a='@,b=2", "<a:@,b=2>"},
     {"@=\"b", "<@:b>"},
@@ -28,7 +28,7 @@ const WalkCase WALK_CASES[] = {
     {"a='b'c'@", "<a:b><c:><@:>", '\''},
 };
 
-// The text is copied to a block of just its size, for the address sanitizer to watch its end.
+// The text is copied to a block of exactly its size, so that the address sanitizer watches its end.
 static string walk(const string& text, char delim) {
     const std::vector<char> exact(text.begin(), text.end());
     string items;
@@ -50,7 +50,7 @@ static string stretched(string text, size_t length) {
     return text;
 }
 
-// Lengths that move what follows over the ends of the blocks that the iterator reads.
+// Lengths that move the text after them across the ends of the iterator's blocks.
 TEST(ArgIter, SplitsTextIntoItems) {
     for (size_t length = 1; length <= 40; length++)
         for (const auto& [text, items, delim] : WALK_CASES)

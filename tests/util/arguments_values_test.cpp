@@ -7,7 +7,7 @@ using std::string;
 
 constexpr auto NO_TYPE = static_cast<ArgType>(9);
 
-// How many bytes a text is as a value; 0 when it is none.
+// The size of a text's value in bytes; 0 when it has none.
 const std::tuple<ArgType, const char*, size_t> CONVERT_CASES[] = {
     {TYPE_bool, "", 1},        {TYPE_bool, "yes", 0},  {TYPE_int, "-5k", 4},
     {TYPE_int, "x", 0},        {TYPE_s8, "-5k", 8},    {TYPE_double, "1.5", 8},
@@ -15,8 +15,8 @@ const std::tuple<ArgType, const char*, size_t> CONVERT_CASES[] = {
     {TYPE_nanotime, "3ms", 8}, {TYPE_pcchar, "x", 8},  {TYPE_pvoid, "0x10", 8},
     {NO_TYPE, "5", 0}};
 
-// Both ways, as a value that is copied then and straight into the variable, store the same bytes
-// and none behind them, and give the same reason for a failure.
+// Both ways, by a value that is then copied and directly into the variable, store the same bytes
+// and none after them, and give the same reason for a failure.
 TEST(ArgConvert, StoresOnlyWhatConverts) {
     for (const auto& [type, text, width] : CONVERT_CASES) {
         SCOPED_TRACE(text);

@@ -42,7 +42,7 @@ struct Pair {
             index = operation == 0 && index % 50 == 0 ? 3 * size : index;
             grow_for(operation == 0 ? index : std::max(index, size));
             result = (operation == 0 ? dynArraySet : dynArrayInsert)(da, index, element.data());
-            // Those between the old end and `index` have no defined contents: set as well.
+            // Those between the old end and `index` have no defined contents, so they are set, too.
             for (size_t gap = size; gap < index; gap++)
                 result |= dynArraySet(da, gap, element.data());
             if (operation == 1 && index < size)

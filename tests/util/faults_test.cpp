@@ -1,6 +1,6 @@
-// Faults at every place where they can strike: the n-th allocation, read or write of a call fails,
-// for n = 1, 2, ... until the call gets by without. A call that fails changes nothing, leaks
-// nothing, and does its work when it is made again.
+// Faults at every possible place: the n-th allocation, read or write of a call fails, for n = 1, 2,
+// ... until a call has no fault. A call that fails changes nothing, leaks nothing, and succeeds
+// when it is made again.
 
 #include "osal/export/osal_msmalloc.h"
 #include "support/platform.h"
@@ -19,14 +19,14 @@
 
 using std::string;
 
-// All made beforehand: while a fault is on its way, only the library may ask for memory.
+// All made beforehand: while a fault is pending, only the library may allocate.
 static const TempFolder folder;
 static const string FILE_NAME = folder.file("file"), TO_FILE = "util=" + FILE_NAME;
 static const string JSON_FILE = folder.file("json"), UNREADABLE = "Could not read " + JSON_FILE;
 static const string BLOCK(2000, 'b'), WORD(700, 'w'), TEXT = "{a: ['" + WORD + "']}";
 static FILE* const list = tmpfile();
 
-// More modules than a listing has room for without memory.
+// More modules than a listing has room for without the heap.
 static logger* const many = make_logger({.modules = std::vector<TestModule>(300, {"many"})});
 static logmodule* const util = util_module(many);
 static logger *late[20], **next_late = late;  // not yet registered
@@ -65,7 +65,7 @@ struct World {
         fio_close(fd);
         files("util=stderr");
     }
-    // As far as a call may not change it by halves.
+    // What a call must change completely or not at all.
     string state() {
         if (util->out != stderr)
             print(util->log, MSG_WARN, "works");
@@ -92,7 +92,7 @@ struct World {
     bool option(decltype(logParseLogFilesEx)* parser, const string& text) {
         return parser(text.c_str(), error, sizeof error, nullptr) == 0;
     }
-    // A failed write leaves the position where it would be, so that a repetition mends the file.
+    // A failed write moves the position as if it had succeeded, so writing again repairs the file.
     bool write() {
         sw_seek(&writer, 0);
         sw_bytes(&writer, BLOCK.data(), BLOCK.size());
@@ -168,8 +168,8 @@ static size_t strike_everywhere(size_t* countdown, const Row& row) {
     return n - 2;
 }
 
-// The C library's allocations, those of fopen() and qsort() included; the platform's only when a
-// sanitizer has the C library's.
+// The C library's allocations, those of fopen() and qsort() included; only the platform layer's
+// when a sanitizer replaces the C library's.
 TEST(Faults, ChangeAndLeakNothingWhenTheNthAllocationFails) {
     for (logger*& log : late)
         log = make_logger({.modules = {{"late"}}}, false);

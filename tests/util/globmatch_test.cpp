@@ -51,7 +51,7 @@ TEST(Glob, FindsLiteralsInLongTexts) {
         string glob = s;
         for (unsigned stars = random() % 4; stars > 0; stars--)
             glob.replace(random() % (glob.size() + 1), random() % 40, "*");
-        // In a block of its own size, for the address sanitizer to watch both ends.
+        // In a block of exactly its size, so that the address sanitizer watches both ends.
         const vector<char> exact(s.c_str(), s.c_str() + s.size() + 1);
         ASSERT_TRUE(globMatch(glob.c_str(), exact.data())) << glob << " on " << s;
         if (!glob.empty())
@@ -74,7 +74,7 @@ TEST(Glob, MatchesAClassNameInEveryForm) {
     EXPECT_TRUE(globMatchList("", 0) && globMatchArray("*", nullptr, 0, nullptr));
 }
 
-// Trying the stars in all combinations would take longer than anybody waits.
+// Trying all combinations of the stars would take far too long.
 TEST(Glob, HostilePatternsTakeNoLongerThanTheirLengthTimesTheSubjects) {
     const string a(4000, 'a');
     string stars;

@@ -1,5 +1,5 @@
-// What tests/java cannot provoke of the natives for Java: a virtual machine without memory. Here it
-// is a table of functions, all of which are one: it notes a letter for each call and gives back its
+// The natives for Java in a virtual machine without memory, which tests/java cannot provoke. Here
+// it is a table whose entries are all one function: it notes a letter for each call and returns its
 // first argument. Strings and classes are plain texts.
 
 #include "support/platform.h"
@@ -26,7 +26,7 @@ using std::string;
 
 #define PLACE(function) (offsetof(JNINativeInterface_, function) / sizeof(void*))
 
-// Capitals may fail.
+// Calls with a capital letter may fail.
 static const std::map<size_t, char> LETTERS = {{PLACE(FindClass), 'C'},
                                                {PLACE(NewGlobalRef), 'G'},
                                                {PLACE(GetMethodID), 'M'},
@@ -66,7 +66,7 @@ static const auto mill = std::bit_cast<jstring>(known), none = std::bit_cast<jst
 static const auto clazz = std::bit_cast<jclass>(known);
 static logger* const mills = make_logger({.modules = {{known, "grinder"}}});
 
-// What it calls, and which of the calls makes its result; '-' when it has none.
+// The calls of each native, and the one that makes its result; '-' when it has none.
 const std::tuple<std::function<bool()>, string, char> NATIVES[] = {
     {[] { return NATIVE(initIDs)(&jni, clazz), false; }, "GCGM", '-'},
     {[] { return NATIVE(getModule0)(&jni, {}, mill); }, "UuASadSadBBO", 'O'},
@@ -89,7 +89,7 @@ TEST(JavaNatives, MakeNoFurtherCallWhenOneFails) {
     }
 }
 
-// More modules than a listing has room for without memory.
+// More modules than a listing has room for without the heap.
 TEST(JavaNatives, ListManyModulesOrThrowAndGiveBackMemoryAndLocks) {
     make_logger({.modules = std::vector<TestModule>(300, {"many"})});
     platform = Platform{};

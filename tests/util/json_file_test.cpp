@@ -31,7 +31,7 @@ static void expect_read(const string& path, const string& error, const Platform&
 
 const std::pair<string, string> FILES[] = {
     {"{a: [1, 2]}", ""},
-    {"[1\n]\0\xFF"s, ""},  // what follows a zero byte is not looked at
+    {"[1\n]\0\xFF"s, ""},  // what follows a zero byte is not read
     {"[1\n\0]"s, "Missing value, line 2, \"\""},
     {"", "Object must start with '{', line 1, \"\""},
     {"[1]\xFF", "Illegal UTF8 text stream"},

@@ -16,8 +16,8 @@ static JsonOutcome outcome_of(const string& document, size_t errlen = 5000,
     return json_outcome(guarded({document.c_str(), document.size() + 1}), errlen, abort_at);
 }
 
-// Blanks in front change nothing, but move all tokens over the boundaries of the blocks that the
-// reader takes at once: words of 64 bytes, and stretches of 4096. A tail keeps it in wide copies.
+// Leading blanks change nothing, but move all tokens across the boundaries of the reader's blocks
+// of 64 bytes and stretches of 4096. A tail keeps the reader in its copies of whole blocks.
 static void expect_outcome(const string& document, const string& expected) {
     const bool fails = expected.find('!') != string::npos;
     for (const string& tail : {string(), "\n" + string(100, '"')})
@@ -195,7 +195,7 @@ TEST(Json, CutsTheErrorTextToEveryBuffer) {
     EXPECT_EQ(outcome_of("{a:1 b:2}", 24).error, "Bad character, line 1, ");
 }
 
-// Brackets stand first in their lines: the line is counted up to them, and not before.
+// Brackets are first in their lines: an error names the line of the bracket, not the one before.
 const char ALL_KINDS[] = "{a:\n[\n'b', 0x7,\n1.5\n null true FALSE\n]\n}";
 
 TEST(Json, AbortsFromEveryKindOfEvent) {

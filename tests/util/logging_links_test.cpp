@@ -62,7 +62,7 @@ TEST(Links, SayThatTheirTargetIsMissingAndWhichNamesOptionsMisread) {
     EXPECT_EQ(said_while_making({linked("absent"), {"a,b"}}), "");
 }
 
-// The option outlives its test: this one comes last.
+// The option stays set after its test, so this test comes last.
 TEST(RememberedDecorations, ReachLoggersThatRegisterLater) {
     logger* target = make_logger({.modules = {{"decorated"}}});
     EXPECT_EQ(logParseLogDecorations("pid,heap"), -1);  // remembered, with an unknown name
@@ -73,7 +73,7 @@ TEST(RememberedDecorations, ReachLoggersThatRegisterLater) {
     _log_add_logger(log);  // for the second time: no effect
     EXPECT_TRUE(log->loggers[0].out == stdout && log->loggers[0].decorations == 0xC1 &&
                 log->loggers[1].decorations == 0xC0);
-    EXPECT_EQ(target->loggers[0].decorations, 0xC0U);  // as with every setting, the links, too
+    EXPECT_EQ(target->loggers[0].decorations, 0xC0U);  // links included, as with every setting
     EXPECT_EQ(logParseLogDecorations(""), 0);
     EXPECT_EQ(make_logger({{{"d2"}}})->loggers[0].decorations, 0x46U);
 }

@@ -48,8 +48,8 @@ static char stream_letter(int descriptor) {
     return descriptor < 3 ? number[0] : ours ? file.filename().c_str()[0] : '?';
 }
 
-// What is set for gc, debug, hidden, jit, code, the linked gc and util: a digit for a level, a
-// letter for a stream. The files that are open follow those.
+// The settings of gc, debug, hidden, jit, code, the linked gc and util: a digit for a level, a
+// letter for a stream. The open files follow.
 static State state() {
     State all;
     for (const logger* log : {older, newer, util_module(older)->log})
@@ -194,7 +194,7 @@ TEST_F(Options, PassAdviceToTheCallerOrPrintIt) {
         logParseMsgLevelsEx(option, nullptr, 0, note_advice);
     EXPECT_EQ(advice,
               "Logging module old is deprecated. Please use compiler=INFO instead.\n" + renamed);
-    // Without a callback, and always behind ">", the advice is a warning of "util".
+    // Without a callback, and always after ">", the advice is a warning of "util".
     apply_log_decorations(nullptr, "level,module");
     EXPECT_EQ(files("util=log"), 0);
     EXPECT_EQ(logParseMsgLevelsEx("util=warn,compiler=debug", nullptr, 0, nullptr), 0);

@@ -13,7 +13,7 @@
 using std::string;
 
 static const string TIME_TEXT(29, 't');
-static string rooms;  // that the decorators were offered
+static string rooms;  // that decorators were given
 
 static char* short_decorator(char* position, size_t* bytesLeft) {
     return log_sprintf(position, bytesLeft, "{%s}", "short");
@@ -120,7 +120,7 @@ TEST_F(Printing, KeepsTheLastErrorLosesLinesOfAFullDiskAndAllocatesNothing) {
     EXPECT_NE(printed().find("{short} kept 1.500\n"), string::npos);
 }
 
-// In every room, from almost none to more than enough.
+// In buffers of every size, from almost nothing to more than enough.
 template <typename... Args>
 static void expect_as_platform(const char* format, Args... args) {
     char expected[200];

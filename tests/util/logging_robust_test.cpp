@@ -88,7 +88,7 @@ TEST_F(RobustLogging, PrintersKeepNoOptionAndNoComponentOut) {
         expect_within_a_second([] { make_logger({.modules = {{"late"}}}); });
 }
 
-// Others hold the files open: naming a closed file empties it.
+// Other modules keep the files open, because naming a closed file empties it.
 TEST_F(RobustLogging, NoLineIsLostAndABlockStaysTogetherWhileTheStreamIsSwitched) {
     constexpr int PRINTERS = 4;
     ASSERT_EQ(files("first=" + log + ",second=" + other), 0);
@@ -139,8 +139,8 @@ TEST_F(RobustLogging, AHolderOfAStreamMayPrintAndSetDecorations) {
     EXPECT_NE(_loggers.loggers[DBG_BUSY].out, held);
 }
 
-// Frames that cancellation skips confuse the address sanitizer, so the thread has left the
-// function that prints when it is cancelled.
+// Frames that cancellation skips confuse the address sanitizer, so the thread is cancelled after it
+// has left the function that prints.
 static void* print_and_end(void* print) {
     reinterpret_cast<void (*)()>(print)();
     pthread_testcancel();
@@ -172,7 +172,7 @@ TEST_F(RobustLogging, AThreadCancelledWhileItPrintsLeavesNoLock) {
     }
 }
 
-// The child prints, moves the module and registers; the parent's lines stand in the file once.
+// The child prints, moves the module and registers; each of the parent's lines is in the file once.
 TEST_F(RobustLogging, AChildStartsWithFreeLocksAndNoLinesOfOthers) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer's own locks stay held in a child";
@@ -182,7 +182,7 @@ TEST_F(RobustLogging, AChildStartsWithFreeLocksAndNoLinesOfOthers) {
             const auto printers = busy_threads(3, print_line);
             FILE* const held = holding ? _log_acquire_stream(&_loggers, DBG_BUSY) : nullptr;
             const pid_t child = fork();
-            alarm(30);  // a child inherits none
+            alarm(30);  // a child does not inherit one
             if (holding)
                 _log_release_stream(&_loggers, DBG_BUSY, held);
             if (child == 0) {

@@ -8,7 +8,7 @@
 #include <random>
 
 static std::vector<int> writes;  // lengths of what reached the platform
-static bool discard = false;     // without looking at it
+static bool discard = false;     // without reading it
 
 int fio_write_fully(fio_fd fd, const void* buf, int len) {
     writes.push_back(len);

@@ -145,7 +145,7 @@ TEST(StrToSuffixDouble, TakesTheLocalesDecimalPoint) {
     const std::string name = folder.file("comma");
     std::ofstream(name + ".def") << "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\n"
                                     "grouping -1\nEND LC_NUMERIC\n";
-    // localedef complains of everything that is missing.
+    // localedef prints a warning for everything that is missing.
     (void)!system(("localedef -c -i '" + name + ".def' '" + name + "' >/dev/null 2>&1").c_str());
     setenv("LOCPATH", folder.file("").c_str(), 1);
     ASSERT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);

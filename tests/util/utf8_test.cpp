@@ -10,7 +10,7 @@
 
 using std::string;
 
-// Each up to a space.
+// A space ends each sequence.
 const string RIGHT =
     "\x01~plain~\x7f \xC0\x80 \xC2\x80 \xDF\xBF \xC2\xA9\xE2\x82\xAC \xE0\xA0\x80 \xEF\xBF\xBF "
     "\xED\xA0\xBD\xED\xB8\x80 \xED\xA0\x80 ";  // at the end a pair of surrogates, and a lone one
@@ -19,7 +19,7 @@ const string WRONG =
     "\xF0\x9F\x98\x80 \xC3 \xE2\x82 \xE2 \xC3~ \xE2\x82~ \x80 \xBF \xC2\x80\x80 \xFF \xF0 \xE0\xA0 "
     "\xE2\x82\xC2\x80 \xE2\x82\xAC\x80 ";
 
-// Where the text ends, what can be read ends, too. Cut at every byte beside the end of a block.
+// Memory after the text cannot be read. The text ends at every place near the end of a block.
 TEST(Utf8Validate, JudgesEverySequenceAtEveryPlace) {
     const auto check = [](string list, bool strict, bool relaxed) {
         for (size_t end; (end = list.find(' ')) != string::npos; list.erase(0, end + 1))

@@ -1,4 +1,4 @@
-// A component of somebody else's, in the language that C and C++ share.
+// A component of another project, in the language that C and C++ share.
 #define LOG_MODULES(M) M(DBG_CACHE, "cache", NULL, LOG_IS_DEFAULT, LOG_LEVEL_AND_MODULE)
 #define LOG_DEFINE_COMPONENT
 #include "util/export/kxutil_version.h"

@@ -1,4 +1,4 @@
-// Starts the component; takes from the platform layer alone.
+// Starts the component; calls only the platform layer itself.
 #include "osal/export/osal_threads.h"
 
 int cache_start(const char* options);

@@ -1,5 +1,5 @@
 // A failed check becomes one line on standard error. The line is built on the stack, because the
-// heap may be what is broken, and written past the buffered streams for the same reason.
+// heap may be what is broken. For the same reason it bypasses the buffered streams.
 
 #include "osal/export/osal_assert.h"
 
@@ -11,8 +11,8 @@
 
 constexpr size_t LINE_BYTES = 1024;  // with the newline and the formatter's terminator
 
-// The length of what the formatter left in a buffer of `room` bytes: its result counts the whole
-// text, also when that was cut.
+// The length of the text that the formatter left in a buffer of `room` bytes. Its result counts the
+// whole text, also when that was cut.
 static size_t written(int result, size_t room) {
     return result < 0 ? 0 : std::min(static_cast<size_t>(result), room - 1);
 }
@@ -23,7 +23,7 @@ static void write_all(const char* p, size_t left) {
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
-            return;  // nobody is left to tell
+            return;  // there is no other place to report this
         p += n;
         left -= static_cast<size_t>(n);
     }

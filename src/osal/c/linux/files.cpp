@@ -1,5 +1,5 @@
-// Files over POSIX descriptors. Not every C library has calls with 64 bits in their names, so the
-// plain ones are used, and a build setting that narrows a file size does not compile.
+// Files over POSIX descriptors. Not every C library has the calls with 64 in their names (open64),
+// so the plain ones are used. A build with file sizes of 32 bits does not compile.
 
 #include "osal/export/linux/osal_files_pd.h"
 
@@ -40,7 +40,7 @@ filesize fio_fdsize(fio_fd fd) {
     return fstat(fd, &status) == 0 ? status.st_size : -1;
 }
 
-// Waits until a descriptor in non-blocking mode can go on; false when it is not such a case.
+// After EAGAIN, waits until a descriptor in non-blocking mode is ready; false after other errors.
 static bool wait_until_ready(fio_fd fd, short events) {
     if (errno != EAGAIN)
         return false;

@@ -1,8 +1,8 @@
 // Memory spaces over the C library's allocator.
 //
-// There is one space, the process-wide heap; its handle is an address that nobody looks behind.
-// Sizes of 0 are raised to 1: the C library's realloc(p, 0) frees the block and returns null,
-// which a caller would take for a failure that left the block in place.
+// There is one space, the process-wide heap; its handle is an address that is never dereferenced.
+// Sizes of 0 are raised to 1: the C library's realloc(p, 0) frees the block and returns null, which
+// a caller would take for a failure that kept the block.
 
 #include "osal/export/osal_msmalloc.h"
 

@@ -1,10 +1,10 @@
 // Process and thread ids, and the last-error value.
 //
-// Both ids stand on every decorated log line, so each is asked of the kernel once and then kept:
-// the process id for the process, the thread id for the thread. Only fork() makes them wrong,
-// and its child has one thread, the one that runs forget_ids(). When that handler could not be
-// registered, nothing is kept. A kept id of 0 means unknown; the kernel gives 0 to nobody. Threads
-// may read and store the process id in any order, since all of them store the same one.
+// Many log lines show both ids, so each is read from the kernel once and then kept: the process id
+// for the process, the thread id for the thread. Only fork() makes them wrong, and the only thread
+// of its child runs forget_ids(). When that handler could not be registered, nothing is kept. A
+// kept id of 0 means unknown; no process and no thread has the id 0. Threads may read and store the
+// process id in any order, because all of them store the same one.
 
 #include "osal/export/osal_threads.h"
 

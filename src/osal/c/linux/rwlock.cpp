@@ -7,42 +7,42 @@
 //   bits 4-11    generation       the process that last used the word, see below
 //   bits 12-31   reader count     threads that hold the word for reading, and those that wait to
 //
-// A reader adds itself to the count first and looks afterwards. When no writer was there it holds
-// the word; otherwise it waits for the writer's bit to go, and then holds the word already, since
-// no writer enters while the count is above zero. A writer enters when both its bit and the count
-// are zero.
+// A reader first adds itself to the count and then tests the bits. Without a writer it holds the
+// word. Otherwise it waits until the writer's bit is clear, and then holds the word without another
+// step, because no writer enters while the count is above zero. A writer enters when both its bit
+// and the count are zero.
 //
-// Courtesy. Overlapping readers never let the count reach zero, so a writer that has waited for
-// PATIENCE_MS sets WRITER_STARVES. A reader that finds the bit takes itself out of the count again
-// and naps until the bit is gone, but no longer than COURTESY_MS; then it goes ahead. It must not
-// wait for longer: the holder of the word may be waiting for something that this reader has. For
-// the same reason a thread that holds any lock word gives no way, and a thread whose courtesy was
-// in vain gives none for COURTESY_PAUSE_MS. The writer that enters clears the bit.
+// Courtesy. Overlapping readers may never let the count reach zero, so a writer that has waited for
+// PATIENCE_MS sets WRITER_STARVES. A reader that finds the bit leaves the count again and naps
+// until the bit is clear, for COURTESY_MS at most; then it goes ahead. It must not wait longer,
+// because the holder of the word may be waiting for something that this reader has. For the same
+// reason a thread that holds any lock word does not give way, and a thread that gave way in vain
+// does not do so again for COURTESY_PAUSE_MS. The writer that enters clears the bit.
 //
 // Sleepers wait in the kernel on the word itself, readers and writers under different wake masks.
-// Releasing is one atomic subtraction whose old value tells whether anybody may be asleep.
+// Releasing is one atomic subtraction whose old value tells whether threads may be asleep.
 //   - The writer that leaves wakes all sleeping readers.
 //   - The thread that leaves the word free with WRITERS_ASLEEP set clears that bit and wakes one
 //     writer. A writer that has slept sets the bit again when it enters, because it cannot know
 //     whether it was the last one; that costs at most one empty wake-up and loses none.
-// A bit is always cleared before its wake-up: a thread that goes to sleep in between still finds
-// its expected value changed, or is among those woken. Sleeping and napping are bare system calls,
+// A bit is always cleared before its wake-up. So a thread that goes to sleep in between finds that
+// the word has changed, or is among those woken. Sleeping and napping are direct system calls,
 // because the C library's functions would be cancellation points.
 //
-// Order of memory accesses, on a processor that keeps none by itself. Entering acquires: the
-// addition or exchange that finds the word free, or the load that finds the writer gone. Leaving
-// releases, and every change of the word is one atomic operation, so whoever enters sees what all
-// those did who left before. The other accesses are relaxed, because they decide about the word
-// alone, on whose values all threads agree: setting and clearing the bits of sleepers, looking for
-// a starving writer, looking whose generation a word is of. No wake-up is lost, either: the kernel
+// Memory order, for processors that reorder accesses. Entering acquires: the addition or exchange
+// that finds the word free, or the load that finds the writer gone. Leaving releases, and every
+// change of the word is one atomic operation, so a thread that enters sees what all threads did
+// that left before. The other accesses are relaxed, because they decide about the word alone, and
+// all threads agree on the order of its values: setting and clearing the bits of sleepers, testing
+// for a starving writer, testing the generation of a word. No wake-up is lost, either: the kernel
 // counts a sleeper before it compares the word, and a waker has changed the word before the kernel,
-// behind a full barrier, looks for sleepers. A fork's child starts its threads after its handler
-// has stored to its words.
+// after a full barrier, looks for sleepers. A fork's child starts its threads after its handler has
+// stored to its words.
 //
 // fork() copies words that other threads hold, and those threads do not exist in the child. So the
-// child is a new generation, and a word of another generation is free, whatever else it says. The
-// holds of the thread that forked go on: it keeps a list of them, from which the child's handler
-// marks their words anew. Generations repeat after 256 forks of children by children.
+// child is a new generation, and a word of another generation is free, whatever its other bits are.
+// The thread that forked keeps its holds: it has a list of them, and the child's handler moves
+// their words to the new generation. Generations repeat after 256 nested forks.
 
 #include "osal/export/osal_threads.h"
 
@@ -66,7 +66,7 @@ constexpr unsigned GENERATIONS = 0xFF0;
 constexpr unsigned ONE_READER = 0x1000;
 constexpr unsigned HELD = WRITER | ~(ONE_READER - 1);  // by a writer or by readers
 
-// The kernel's numbers: its headers are not always where the C library's are.
+// The kernel's constants, because its headers are not always where the C library's are.
 constexpr int FUTEX_WAIT_BITSET = 9;
 constexpr int FUTEX_WAKE_BITSET = 10;
 constexpr int FUTEX_PRIVATE_FLAG = 128;
@@ -79,8 +79,8 @@ constexpr long PATIENCE_MS = 2;           // of a writer; far more than a line t
 constexpr int COURTESY_MS = 250;          // longer than a slow write takes
 constexpr long COURTESY_PAUSE_MS = 2500;  // ten times as much, so that courtesy costs a tenth
 
-// The words that the thread holds, in the order in which it took them. More than `words` has room
-// for are only counted.
+// The words that the thread holds, in the order in which it took them. Those for which `words` has
+// no room are only counted.
 struct Holds {
     static constexpr unsigned ROOM = 13;
 
@@ -112,7 +112,7 @@ static inline void note_hold(volatile int* lock) {
         holds.unlisted++;
 }
 
-// Takes a hold that is not the latest one off the list; false when a fork has ended it already.
+// Removes a hold that is not the latest one from the list; false when a fork has ended it already.
 [[gnu::noinline]] static bool forget_older_hold(volatile int* lock) {
     volatile int** const end = holds.words + holds.listed;
     volatile int** const found = std::find(holds.words, end, lock);
@@ -167,8 +167,8 @@ static struct timespec as_timespec(long milliseconds) {
     return {milliseconds / 1000, milliseconds % 1000 * NANOS_PER_MS};
 }
 
-// Sleeps until woken under `mask`, or until the clock of now_ms() says `until_ms` unless that is 0;
-// returns immediately when the word no longer holds `expected`.
+// Sleeps until woken under `mask`, or until now_ms() reaches `until_ms` unless that is 0. Returns
+// immediately when the word no longer is `expected`.
 static void sleep_on(volatile int* lock, unsigned expected, unsigned mask, long until_ms) {
     const int saved_errno = errno;
     const struct timespec until = as_timespec(until_ms);
@@ -191,7 +191,7 @@ static void nap() {
     errno = saved_errno;
 }
 
-// Wakes one writer unless somebody else holds the word, who then sees the bit on leaving.
+// Wakes one writer unless another thread holds the word; that thread sees the bit when it leaves.
 [[gnu::noinline]] static void wake_one_writer(volatile int* lock) {
     const Word word = word_of(lock);
     unsigned now = word.load(std::memory_order_relaxed);
@@ -218,8 +218,8 @@ static inline void leave_reading(volatile int* lock) {
         wake_one_writer(lock);
 }
 
-// Naps outside the count while a writer starves, unless this thread may not or has just done so in
-// vain.
+// Naps outside the count while a writer starves, unless this thread holds a word or has recently
+// done so in vain.
 static void let_writer_pass(volatile int* lock) {
     if (holds.listed + holds.unlisted > 0 || now_ms() < holds.courteous_from_ms)
         return;
@@ -252,8 +252,8 @@ static void wait_for_writer(volatile int* lock) {
     }
 }
 
-// Starts the word anew with this thread as its reader; false when another thread has started it,
-// and so has overwritten what this one had added to the count.
+// Resets a word of another generation, with this thread as its reader. False when another thread
+// has reset it and so overwrote what this one had added to the count.
 static bool take_over_for_reading(volatile int* lock) {
     const Word word = word_of(lock);
     unsigned now = word.load(std::memory_order_relaxed);
@@ -264,7 +264,7 @@ static bool take_over_for_reading(volatile int* lock) {
     return false;
 }
 
-// Goes on for a reader that has added itself to the word, which said `before`.
+// Continues for a reader that has added itself to the count; `before` is the word before that.
 [[gnu::noinline]] static void read_lock_slow(volatile int* lock, unsigned before) {
     if (!is_of_this_process(before)) {
         if (take_over_for_reading(lock))
@@ -276,8 +276,8 @@ static bool take_over_for_reading(volatile int* lock) {
     wait_for_writer(lock);
 }
 
-// Waits for the word to be free and enters. `marks` is what the writer tells others while it
-// waits, `asleep` what it adds to the word when it enters: nothing until it has slept.
+// Waits for the word to be free and enters. `marks` are the bits that the writer sets while it
+// waits, `asleep` is the bit that it sets when it enters: none until it has slept.
 [[gnu::noinline]] static void write_lock_slow(volatile int* lock) {
     const Word word = word_of(lock);
     const long starves_from_ms = now_ms() + PATIENCE_MS;
@@ -301,7 +301,7 @@ static bool take_over_for_reading(volatile int* lock) {
             continue;
         asleep = WRITERS_ASLEEP;
         const long before_ms = now_ms();
-        // Not for ever, because another writer that enters clears the mark of this one.
+        // For a limited time, because another writer that enters clears the mark of this one.
         sleep_on(lock, now | marks, WRITER_MASK, before_ms + PATIENCE_MS);
         if (before_ms >= starves_from_ms)
             marks |= WRITER_STARVES;

@@ -1,9 +1,8 @@
 // Clocks and the text of the current time.
 //
 // The counter is the monotonic clock in nanoseconds, so its factor is exactly 1. The text of the
-// current time is the calendar of its second, which each thread keeps until the second changes,
-// with the milliseconds put in. Reading a clock goes through the kernel's shared page and costs
-// no system call.
+// current time is the calendar text of its second, which each thread keeps until the second
+// changes, with the milliseconds put in. Clocks are read through the vDSO, without a system call.
 
 #include "osal/export/osal_timing.h"
 
@@ -52,8 +51,8 @@ static bool make_calendar_text(CalendarText* text, time_t second) {
     return text->date_length != 0;
 }
 
-// The first conversion reads the time-zone files and allocates; done while the library is
-// loaded, so that no log line has to.
+// The first conversion reads the time-zone files and allocates. It is done while the library is
+// loaded, so that no log line has to do it.
 __attribute__((constructor(102))) static void read_time_zone() {
     TimeBuffer ignored;
     tzset();
@@ -86,7 +85,7 @@ bool timingFormatCurrentTime(TimeBuffer buf) {
         !make_calendar_text(text, now.tv_sec))
         return false;
     memcpy(buf, text->date, sizeof text->date);
-    // "042" and "+0200" go out together, in one store.
+    // "042" and "+0200" are stored together, as one word.
     const unsigned millis = static_cast<unsigned>(now.tv_nsec / NANOS_PER_MILLI);
     u8 tail = text->offset;
     tail |= '0' + millis / 100;

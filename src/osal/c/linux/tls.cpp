@@ -1,10 +1,10 @@
 // Thread-local slots.
 //
-// The first few are elements of an array that every thread has at a fixed offset: reading one is a
-// load. A key of theirs has its highest bit set, which no POSIX key has; when they are used up,
-// slots are POSIX keys without destructors. Slots are never given back. Their count may be read
-// relaxed: each addition gives a number of its own, and a thread that was handed a key cannot see
-// an older count.
+// The first few are elements of an array that every thread has at a fixed offset, so reading one is
+// a load. Their keys have the highest bit set, which no POSIX key has. When they are used up, slots
+// are POSIX keys without destructors. Slots are never released. Their count may be read relaxed:
+// each addition gives a different number, and a thread that has been given a key cannot see an
+// older count.
 
 #include "osal/export/osal_threads.h"
 

@@ -5,7 +5,7 @@
 #include <langinfo.h>
 #include <string.h>
 
-// An integer with room for 5^342 as well as for 2^959 divided by it to 128 bits.
+// An integer with room for 5^342, and for 2^959 / 5^342, which has more than 128 bits.
 struct BigInteger {
     static constexpr int WORDS = 15;
     u8 words[WORDS] = {};  // the least significant first
@@ -28,7 +28,7 @@ struct BigInteger {
         }
     }
 
-    // The 128 bits from the first that is set.
+    // The 128 bits from the highest one that is set.
     constexpr uint128 leading_bits() const {
         int top = WORDS - 1;
         while (words[top] == 0)
@@ -40,7 +40,8 @@ struct BigInteger {
     }
 };
 
-// Leading bits are cut off, except of the reciprocals down to 5^-27, which are rounded up.
+// Powers are truncated to their leading bits, except the reciprocals down to 5^-27, which are
+// rounded up.
 constexpr PowersOfFive make_powers() {
     constexpr int LAST_ROUNDED_UP = -27;
     PowersOfFive powers = {};

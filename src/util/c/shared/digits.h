@@ -1,5 +1,5 @@
-// Digits of numbers in texts, read one after another: for numbers of any form, and for texts whose
-// length is not known.
+// Reads the digits of numbers one after another: for numbers of any form, and for texts of unknown
+// length.
 #ifndef UTIL_C_SHARED_DIGITS_H
 #define UTIL_C_SHARED_DIGITS_H
 
@@ -10,7 +10,7 @@
 constexpr size_t DECIMAL_DIGITS = 19;  // any number of that many digits fits 64 bits
 
 struct HexDigits {
-    unsigned char value[256];  // 16 for what is no digit
+    unsigned char value[256];  // 16 when the character is no digit
 };
 
 inline constexpr HexDigits HEX_DIGITS = [] {
@@ -32,7 +32,7 @@ static inline bool has_hex_prefix(const char* p) {
 }
 
 // Appends the decimal digits at p to the number, modulo 2^64, and returns their end. Four digits
-// are put together before they wait for the number so far.
+// are combined first, so that only one step in four waits for the number so far.
 static inline const char* read_digits(const char* p, u8* number) {
     const auto digit = [&p](int i) { return static_cast<unsigned char>(p[i]) - unsigned{'0'}; };
     u8 n = *number;
@@ -70,8 +70,8 @@ struct Decimal {
     const char* integer_end = nullptr;  // of the digits before a point or an exponent
 };
 
-// Reads an exponent such as "e-7" at p, if there is one, and adds it. Null when it is incomplete or
-// of many digits.
+// Reads an exponent such as "e-7" at p, if there is one, and adds it. Null when it has no digits,
+// or too many.
 static inline const char* read_exponent(const char* p, s8* exponent) {
     constexpr ptrdiff_t MAX_EXPONENT_DIGITS = 4;
     if ((*p | 0x20) != 'e')
@@ -87,9 +87,9 @@ static inline const char* read_exponent(const char* p, s8* exponent) {
     return end;
 }
 
-// Reads the digits at p, perhaps with a point among or beside them and an exponent after them, and
-// returns their end. Null when there are none, or too many for a mantissa, or the exponent is
-// unusable.
+// Reads the digits at p, with an optional point (before, among or after them) and an optional
+// exponent, and returns the number's end. Null when there are no digits, too many for a mantissa,
+// or the exponent is unusable.
 static inline const char* read_decimal(const char* p, Decimal* decimal) {
     const char* const start = p;
     *decimal = {};

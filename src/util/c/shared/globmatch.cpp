@@ -1,11 +1,12 @@
-// Glob matching without recursion and without coming back further than to the latest star.
+// Glob matching without recursion, which backtracks no further than to the latest star.
 //
-// A star makes the literal text after it free to move, so the leftmost place where that text fits
-// is as good as any: it leaves the most to what follows. No earlier star is ever tried again.
+// The literal after a star may stand at any later place. The leftmost place where it matches is the
+// best one, because it leaves the most text for the rest of the pattern. So no earlier star is ever
+// tried again.
 //
-// A subject of one string, which most are, is searched for the literals between stars,
-// 16 places at a time. A subject in pieces is walked character by character and comes back to the
-// latest star.
+// Most subjects are one string, which is searched for the literals between stars, 16 places at a
+// time. A subject in pieces is walked character by character, and after a mismatch again from the
+// latest star on.
 
 #include "util/export/globmatch.h"
 
@@ -21,7 +22,7 @@ static_assert(sizeof(patternset) == 16 && offsetof(patternset, num_patterns) == 
 // One string.
 struct Text {
     const char* begin;
-    const char* end;  // null while nobody has looked for it
+    const char* end;  // null until it is needed
 };
 
 static bool same(const char* a, const char* b, size_t count) {
@@ -37,15 +38,16 @@ struct Literal {
     size_t length;  // not 0
 };
 
-// The places among the 16 from p on where the literal's first and last characters stand, as bits.
+// One bit for each of the 16 places from p on: set where the literal's first and last characters
+// match.
 static unsigned candidates(const char* p, Literal literal) {
     const size_t last = literal.length - 1;
     return bits_of(equal_to(load_block(p), literal.begin[0]) &
                    equal_to(load_block(p + last), literal.begin[last]));
 }
 
-// The first place from `from` on where the literal stands, or null. `text` may reach back before
-// `from`: its characters fill up a last block.
+// The first place from `from` on where the literal stands, or null. `text` may begin before `from`:
+// the last block then starts before `from`, so that it does not pass the end.
 static const char* find(const Text& text, const char* from, Literal literal) {
     if (static_cast<size_t>(text.end - from) < literal.length)
         return nullptr;
@@ -69,13 +71,13 @@ static const char* find(const Text& text, const char* from, Literal literal) {
     return nullptr;
 }
 
-// True for characters that can be passed over without a closer look. Letters, digits and dots are
-// above the star, the terminator is below; the few others only take longer.
+// True only for characters that are neither a star nor the terminator. Letters, digits and dots are
+// above the star; the few characters below it only take longer.
 static bool is_surely_literal(char c) {
     return static_cast<unsigned char>(c) > '*';
 }
 
-// How many places in a row `goes_on` holds, asked four at a time.
+// For how many places in a row `goes_on` holds; unrolled four times.
 template <typename Condition>
 static size_t run_length(Condition goes_on) {
     for (size_t i = 0;; i += 4) {
@@ -100,8 +102,8 @@ static Literal literal_at(const char* p) {
     }
 }
 
-// Matches from after a star on; `from` is how much of the text is used up. Kept out of its caller,
-// which mostly decides by the pattern's literal start alone and then needs no stack frame.
+// Matches the pattern after a star against the text from `from` on. Out of line, because its caller
+// usually decides by the pattern's literal start alone and then needs no stack frame.
 [[gnu::noinline]] static bool match_from_star(const char* p, Text text, const char* from) {
     for (;;) {
         while (*p == '*')
@@ -122,7 +124,7 @@ static Literal literal_at(const char* p) {
     }
 }
 
-// How many characters at their start the pattern and the text share, before the first star.
+// How many characters are equal at the start of pattern and text, before the first star.
 static inline size_t literal_start(const char* p, const char* s) {
     for (size_t start = 0;; start++) {
         start += run_length([p = p + start, s = s + start](size_t i) {
@@ -157,7 +159,7 @@ static bool is_last(const Pieces& pieces, const Place& place) {
     return place.string == pieces.count - 1;
 }
 
-// Takes the subject's next character, over boundaries without a separator; false at its end.
+// Takes the subject's next character, passing boundaries without a separator; false at its end.
 static bool next_character(const Pieces& pieces, Place* place, char* c) {
     while (*place->s == '\0') {
         if (is_last(pieces, *place))
@@ -174,9 +176,9 @@ static bool next_character(const Pieces& pieces, Place* place, char* c) {
 
 enum class Result { MATCHED, DIFFERENT, SUBJECT_ENDED };
 
-// Matches up to the next star or the end of the pattern; that must be the end of the subject. A
-// string is left only for a character that follows it, so a pattern that is used up at its end
-// has not matched the strings after it, be they all empty.
+// Matches up to the next star or the end of the pattern, which must also be the end of the subject.
+// The place moves to the next string only to take a character. So a pattern that ends at the end of
+// a string does not match the strings after it, even if all of them are empty.
 static Result match_literal(const char** p, const Pieces& pieces, Place* place) {
     for (char c; **p != '*' && **p != '\0'; (*p)++) {
         if (!next_character(pieces, place, &c))
@@ -203,7 +205,7 @@ static bool globmatch(const char* p, const Pieces& pieces) {
             star_end = place;
             continue;
         }
-        // From a later place there would be even less of the subject.
+        // A later place would leave even less of the subject.
         if (result == Result::SUBJECT_ENDED || after_star == nullptr ||
             !next_character(pieces, &star_end, &skipped))
             return false;
@@ -212,8 +214,8 @@ static bool globmatch(const char* p, const Pieces& pieces) {
     }
 }
 
-// Collects the pairs of a call on the stack and hands them on. They take less room than they did
-// as arguments, so a caller that could pass them leaves enough.
+// Collects the pairs of a call on the stack and passes them on. The copies are smaller than the
+// arguments, so the stack suffices.
 template <typename Use>
 static auto match_list(unsigned int n, va_list pairs, Use use) {
     const char** strs = static_cast<const char**>(__builtin_alloca(n * sizeof(const char*)));
@@ -246,7 +248,7 @@ bool globMatchList(const char* glob, unsigned int n, ...) {
     return result;
 }
 
-// Measures the first piece of a list of patterns and goes on to the next; false after the last one.
+// Measures the first pattern of a list and moves on to the next; false when there is no next one.
 static bool separate(const char** list, size_t* length) {
     static const char split[] = " ,";
     *length = strcspn(*list, split);

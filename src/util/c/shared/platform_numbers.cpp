@@ -1,5 +1,6 @@
-// Where the GNU C library's sscanf() ends a number: it takes in what may begin a number's next part
-// and then converts what it has, so it may be one or two characters ahead of strtod() and strtol().
+// Where the GNU C library's sscanf() ends a number: it consumes characters that may begin the
+// number's next part and then converts what it has, so it may end one or two characters after
+// strtod() and strtol().
 
 #include "util/c/shared/platform_numbers.h"
 
@@ -39,7 +40,7 @@ const char* double_by_platform(const char* text, double* value) {
     if (end == text)
         return nullptr;
     if (is_letter(*start, 'n')) {
-        // Conversions differ in its sign, and take a kind in parentheses.
+        // C libraries disagree on its sign, and accept a kind in parentheses.
         const double nan = __builtin_nan("");
         number = start > text && start[-1] == '-' ? -nan : nan;
         end = start + 3;

@@ -1,11 +1,11 @@
 // Numbers as sscanf() of the GNU C library reads them, on every C library.
 //
 // C libraries agree on strtod() and strtol(), but not on sscanf(): beyond 64 bits, after a bare
-// "0x" and after an exponent without digits it differs between them. So the platform's conversions
-// decide, and what sscanf() does more than they do is done here.
+// "0x" and after an exponent without digits it differs between them. So strtod() and strtol()
+// decide, and these functions add what sscanf() does beyond them.
 //
-// Each function skips white space, takes a sign, and returns the end of the number or null when
-// there is none; `value` is then untouched. The locale decides as in the platform's conversions.
+// Each function skips white space, takes a sign, and returns the number's end. Without a number it
+// returns null and does not change `value`. The locale counts as in the platform's conversions.
 #ifndef UTIL_C_SHARED_PLATFORM_NUMBERS_H
 #define UTIL_C_SHARED_PLATFORM_NUMBERS_H
 

@@ -24,8 +24,7 @@ nanotime scaledownNanotime(nanotime n) {
     const TimeUnit unit = time_unit(n);
     if (unit.nanos == 1)
         return n;
-    // In double precision, as every release has done it: beyond 2^53 ns the last digits are
-    // rounded.
+    // In double precision, as in every release: beyond 2^53 ns the last digits are rounded.
     return static_cast<nanotime>(static_cast<double>(n) / static_cast<double>(unit.nanos));
 }
 

@@ -19,7 +19,7 @@ static inline osalError sltls() {
     return tlsAlloc(&tls);
 }
 
-// Without the slot nothing that uses it could go on.
+// Code that uses the slot cannot work without it.
 extern "C" __attribute__((constructor(101), visibility("hidden"))) void _sisltls(void);
 void _sisltls(void) {
     if (sltls() != OSAL_OK)

@@ -1,4 +1,5 @@
-// The stream writer's way to the file. What goes into the buffer only is inline in the header.
+// The part of the stream writer that writes to the file. What only fills the buffer is inline in
+// the header.
 
 #include "util/export/streamwriter.h"
 
@@ -7,8 +8,8 @@
 static_assert(sizeof(streamwriter) == 1048 && offsetof(streamwriter, buf_pos) == 1024 &&
               offsetof(streamwriter, stream_pos) == 1032 && offsetof(streamwriter, out) == 1040);
 
-// stream_pos follows what was meant to be written, so that the positions of later writes do not
-// depend on a failure that nobody sees.
+// stream_pos counts a failed write as if it had succeeded, so that the positions of later writes do
+// not depend on a failure that is not reported.
 static void write_out(streamwriter* w, const void* bytes, size_t len) {
     fio_write_fully(w->out, bytes, static_cast<int>(len));
     w->stream_pos += static_cast<filesize>(len);
@@ -20,7 +21,7 @@ void sw_bytes_unbuffered(streamwriter* w, const void* buf, size_t len) {
         w->buf_pos = 0;
     }
     for (const char* rest = static_cast<const char*>(buf); len > 0;) {
-        const size_t chunk = len < INT_MAX ? len : INT_MAX;  // the platform counts in an int
+        const size_t chunk = len < INT_MAX ? len : INT_MAX;  // the platform takes lengths as int
         write_out(w, rest, chunk);
         rest += chunk;
         len -= chunk;

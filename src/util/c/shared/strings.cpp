@@ -1,4 +1,4 @@
-// Bounded formatting: the platform's formatter with a result that tells whole texts from cut ones.
+// Bounded formatting: the platform's formatter, with a result that tells whether the text was cut.
 
 #include "util/export/stringutil.h"
 
@@ -8,7 +8,7 @@
 int kestrum_util_vsnprintf(char* buf, size_t len, const char* fmt, va_list va) {
     if (buf == nullptr || len == 0)
         return -1;
-    if (len > INT_MAX)  // a size like (size_t)-1: nothing is known of the buffer's last byte
+    if (len > INT_MAX)  // a size like (size_t)-1 does not tell where the buffer ends
         return vsnprintf(buf, INT_MAX, fmt, va);
     const int needed = vsnprintf(buf, len, fmt, va);
     buf[len - 1] = '\0';

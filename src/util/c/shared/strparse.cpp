@@ -1,10 +1,10 @@
 // Suffixed numbers, durations and booleans.
 //
-// What a number is, the platform's conversions decide: signs and white space that they accept by
+// The platform's conversions decide what a number is: signs and white space that they accept by
 // themselves, "0x" within hexadecimal digits, numbers beyond 64 bits, infinities, the locale's
-// decimal point. Digits and their suffix, which is what people type, are read here instead;
-// everything else goes to the conversions, so that none of their rules is told twice. A fast reader
-// either gives what they would give or declines.
+// decimal point. Digits with a suffix, which people usually type, are read here instead. Everything
+// else goes to the conversions, so that their rules are not repeated here. A fast reader either
+// gives the result that they would give or declines.
 
 #include "util/export/strparse.h"
 
@@ -25,7 +25,7 @@ static bool fail(const char** error_msg, const char* message) {
     return false;
 }
 
-// Printable ASCII is no space in any locale, which saves asking for almost every character.
+// Printable ASCII is no space in any locale, so isspace() is seldom called.
 static inline bool is_space(char c) {
     const bool printable = c >= '!' && c <= '~';
     return !printable && c != '\0' && isspace(static_cast<unsigned char>(c)) != 0;
@@ -49,7 +49,7 @@ struct Multipliers {
 
 constexpr unsigned char NO_MULTIPLIER = 64;
 
-// Multipliers are powers of two. NUL, where no multiplier was written, counts as that of 1.
+// Multipliers are powers of two. NUL means that no multiplier was written, and counts as 1.
 constexpr Multipliers MULTIPLIERS = [] {
     Multipliers m = {};
     for (unsigned c = 1; c < 256; c++) {
@@ -63,13 +63,13 @@ static inline unsigned shift_of(char suffix) {
     return MULTIPLIERS.shift[static_cast<unsigned char>(suffix)];
 }
 
-// A number without a multiplier stays as it is: a product by 1 would be 0 for a subnormal number in
-// a thread that treats those as zero.
+// A number without a multiplier is not multiplied by 1: in a thread that treats subnormal numbers
+// as zero, the product of such a number would be 0.
 static inline double multiplied(double number, char suffix) {
     unsigned shift = shift_of(suffix);
     if (shift == 0)
         return number;
-    __asm__("" : "+r"(shift));  // a compiler that knows it multiplies by 1 instead of branching
+    __asm__("" : "+r"(shift));  // hides it: compilers would multiply by 1 instead of branching
     return number * static_cast<double>(u8{1} << shift);
 }
 
@@ -90,14 +90,14 @@ static inline const char* read_hex(const char* p, u8* number) {
     return p;
 }
 
-// How many items there are, of a number and up to two characters behind it, and these, which are
-// NUL when they are not there.
+// A number and up to two characters after it. `items` counts how many of the three are there; a
+// missing character is NUL.
 struct Scanned {
     u8 number = 0;
     int items = 0;
     char c1 = '\0', c2 = '\0';
 
-    // What stands behind the number.
+    // Takes the characters after the number.
     void take_rest(const char* end) {
         items = 1;
         if (*end != '\0') {
@@ -164,8 +164,8 @@ static bool scan_number(const char* buffer, bool allow_undecorated_hex, bool all
     return true;
 }
 
-// Reads what most people type, digits with perhaps "0x" before and a multiplier behind them, and
-// declines the rest.
+// Reads what most people type: digits, with an optional "0x" before and an optional multiplier
+// after them. Declines the rest.
 static inline bool scan_number_fast(const char* text, u8* number) {
     u8 n = 0;
     const bool hex = has_hex_prefix(text);
@@ -177,7 +177,7 @@ static inline bool scan_number_fast(const char* text, u8* number) {
     return digits - 1 < (hex ? MAX_HEX_DIGITS : DECIMAL_DIGITS) && shift != NO_MULTIPLIER;
 }
 
-// Out of line, so that numbers that are read fast need no stack frame.
+// Out of line, so that the fast path needs no stack frame.
 template <typename Value>
 [[gnu::noinline]] static bool scan_and_store(const char* str, Value* value,
                                              bool allow_undecorated_hex, bool allow_negative,
@@ -189,7 +189,7 @@ template <typename Value>
     return true;
 }
 
-// Narrowing keeps the low bits.
+// A narrower type keeps the low bits.
 template <typename Value>
 static inline bool read_integer(const char* str, Value* value, bool allow_undecorated_hex,
                                 bool allow_negative, const char** error_msg) {
@@ -228,8 +228,8 @@ bool strToSuffixAddress(const char* str, void** value, const char** error_msg) {
     return true;
 }
 
-// Reads a number that ends the text or has a multiplier behind it, and stores it times the
-// multiplier. Declines when it is anything else or not easily rounded.
+// Reads a number with an optional multiplier after it, and stores their product. Declines any other
+// text, and numbers that are not easily rounded.
 static inline bool read_double_fast(const char* p, double* value) {
     const bool negative = *p == '-';
     if (negative || *p == '+')

@@ -12,7 +12,7 @@ static jlong JNICALL java_counterTime(JNIEnv*, jobject) {
     return timingGetCounterTime();
 }
 
-// The record's texts lack their const; nobody writes to them.
+// JNI declares the record's texts without const, but they are not written to.
 static const JNINativeMethod natives[] = {{const_cast<char*>("counterTime"),
                                            const_cast<char*>("()J"),
                                            reinterpret_cast<void*>(java_counterTime)}};

@@ -1,12 +1,12 @@
 // Validation of the virtual machine's UTF-8.
 //
-// What may follow a byte depends on little: continuation bytes come after a lead byte and nowhere
-// else, and the overlong forms show in the lead byte and the next. So every place of the text is
-// judged by its byte and the two before it, a vector of them at once: the text is loaded three
-// times, at a place and one and two before. No place depends on what another was found to be, so
-// nothing is carried along, and the end is a vector that overlaps the one before. Zeros and bytes
-// from F0 on need no look at all places, only at the smallest and the largest byte. Four lead bytes
-// may begin an overlong form; only where one of them stands the exact rule is asked.
+// Whether a byte is valid depends on that byte and the two before it: continuation bytes come after
+// a lead byte and nowhere else, and an overlong form shows in the lead byte and the next. So a
+// vector of places is checked at a time, with the text loaded three times: from the place itself,
+// from one byte before and from two. The result for one place does not depend on that for another,
+// so no state is carried along, and the last vector may overlap the one before. The smallest and
+// the largest byte of all show whether there are zeros or bytes from F0 on. A quick test finds the
+// lead bytes that may begin an overlong form; the exact rule is applied only where it does.
 //
 // A surrogate pair needs no rule of its own, because lone surrogates are valid as well.
 
@@ -44,7 +44,8 @@ static bool validate_by_character(const unsigned char* p, const unsigned char* e
     return true;
 }
 
-// Whether vectors can check a text: the last of several needs two bytes before it.
+// True when vectors can check a text. With one byte more than a vector, the last vector would not
+// have two bytes before it.
 static bool fits(size_t length, size_t vector) {
     return length >= vector && length != vector + 1;
 }
@@ -55,7 +56,7 @@ bool utf8_validate(const char* buffer, size_t length, bool relax) {
         return width_64::validate(p, length, relax);
     if (vector_bytes >= 32 && fits(length, 32))
         return width_32::validate(p, length, relax);
-    if (length == 17 && p[0] - 1U < 0x7F) {  // without an ASCII character at its start it fits
+    if (length == 17 && p[0] - 1U < 0x7F) {  // an ASCII first byte is valid, and the other 16 fit
         p++;
         length--;
     }

@@ -1,11 +1,11 @@
 // Validation of the virtual machine's UTF-8 by vectors. The idea is in utf8.cpp.
 
 struct Check {
-    Bytes errors;             // its highest bit is set once anything was wrong at this place
+    Bytes errors;             // a byte's highest bit is set after any error at its place
     Bytes smallest, largest;  // of all bytes
 };
 
-// As many places of the text as a vector has: their bytes and those one and two before them.
+// Places of the text, one for each byte of a vector: the bytes there, and those one and two before.
 struct Places {
     Bytes bytes, before, two_before;
 };
@@ -19,8 +19,8 @@ VECTOR_INLINE Places places_at(const unsigned char* p) {
     return {load(p), load(p - 1), load(p - 2)};
 }
 
-// A continuation has to stand where a lead byte is one place before, or the beginning of three
-// bytes two places before, and nowhere else. The highest bit tells each of the three.
+// A continuation byte must stand one place after a lead byte and two places after the lead byte of
+// three bytes, and nowhere else. The highest bit of each operand tells one of these three facts.
 VECTOR_INLINE void check_form(Check* check, const Places& places) {
     const Bytes after_lead = reduced(places.before, 0xC0 - 0x80);
     const Bytes after_three = reduced(places.two_before, 0xE0 - 0x80);
@@ -30,12 +30,13 @@ VECTOR_INLINE void check_form(Check* check, const Places& places) {
     check->largest = larger(check->largest, places.bytes);
 }
 
-// 0 where the byte before is C0, C1 or E0, which may begin an overlong form, or E1.
+// 0 where the byte before is C0, C1 or E0, which may begin an overlong form, or E1, which this
+// quick test does not tell from E0.
 VECTOR_INLINE Bytes overlong_hints(const Places& places) {
     return (places.before & 0xDE) ^ 0xC0;
 }
 
-// C0 has to be followed by 80, E0 by A0 or above; C1 is always wrong.
+// C0 must be followed by 80, E0 by A0 or above; C1 is always wrong.
 VECTOR_INLINE void check_overlong(Check* check, const Places& places) {
     const Bytes bytes = places.bytes, before = places.before;
     const auto overlong = ((before == 0xC0) & (bytes != 0x80)) | (before == 0xC1) |
@@ -43,7 +44,7 @@ VECTOR_INLINE void check_overlong(Check* check, const Places& places) {
     check->errors |= reinterpret_cast<Bytes>(overlong);
 }
 
-// True when four vectors are ASCII; then only zeros can be wrong in them.
+// True when four vectors are ASCII; zeros are then the only possible errors in them.
 VECTOR_INLINE bool are_ascii(const unsigned char* p, Bytes* smallest) {
     const Bytes a = load(p), b = load(p + WIDTH);
     const Bytes c = load(p + 2 * WIDTH), d = load(p + 3 * WIDTH);
@@ -86,19 +87,19 @@ VECTOR_CODE static bool validate_all(const unsigned char* p, const unsigned char
         if (!any_high(b | c | d))
             return !any_zero(smaller(smaller(a, b), smaller(c, d)));
     }
-    if (end[-1] >= 0xC0 || end[-2] >= 0xE0)  // the last bytes ask for more
+    if (end[-1] >= 0xC0 || end[-2] >= 0xE0)  // the text ends within a character
         return false;
     const Places first = first_places(p);
     Check check = {Bytes{}, first.bytes, first.bytes};
     check_form(&check, first);
     p += WIDTH;
     while (end - p >= FOUR) {
-        // Most texts are ASCII for long stretches: a loop of its own keeps its state in registers.
-        // The two bytes before may ask for continuations.
+        // Long stretches of most texts are ASCII; a loop for them alone keeps its state in
+        // registers. It may not start where the two bytes before require continuations.
         if ((p[-1] | p[-2]) < 0x80)
             while (end - p >= FOUR && are_ascii(p, &check.smallest))
                 p += FOUR;
-        // Where something else stands, more of it is likely to follow.
+        // After other characters, more of them are likely to follow.
         for (int i = 0; i < 2 && end - p >= FOUR; i++, p += FOUR)
             check_four<relax>(&check, p);
     }
@@ -118,8 +119,8 @@ VECTOR_CODE static bool validate_all(const unsigned char* p, const unsigned char
     return is_valid(check);
 }
 
-// Texts of a vector or more, but not of one byte more: the last vector would begin at the second
-// byte, which has no two before it.
+// Texts of a vector or more, but not of exactly one byte more: the last vector would begin at the
+// second byte, which does not have two bytes before it.
 VECTOR_CODE static bool validate(const unsigned char* p, size_t length, bool relax) {
     return relax ? validate_all<true>(p, p + length) : validate_all<false>(p, p + length);
 }

@@ -1,8 +1,8 @@
 // Declared arguments: a list of the caller's records, and a copy of the text whose items they take.
 //
-// Names and values are terminated inside the copy, each item's when the iterator has moved past it,
-// so that the walk never meets a terminator of ours. The caller's text stays as it is: walking it
-// again finds every value at the same offset, where the copy has it terminated.
+// Names and values are NUL-terminated inside the copy, after the iterator has moved past their
+// item, so that it never reads a terminator of ours. The caller's text is not changed: a second
+// walk over it finds every value at the offset where the copy has it terminated.
 
 #include "util/export/arguments.h"
 #include "util/export/stringutil.h"
@@ -24,8 +24,8 @@ static_assert(sizeof(argsParse) == 48 && offsetof(argsParse, src) == 16 &&
 
 constexpr size_t MESSAGE_BYTES = 128;  // with its terminator
 
-// Replaces the context's message; when memory runs out, the one before it stays. Always -1, so
-// that a parser returns it.
+// Replaces the context's message, or keeps the old one when there is no memory. Always -1, so that
+// a parser returns it.
 [[gnu::format(printf, 2, 3)]] static int error(argsParse* args, const char* fmt, ...) {
     char* message = static_cast<char*>(gsMalloc(MESSAGE_BYTES + 1));
     if (message == nullptr)
@@ -112,7 +112,7 @@ static bool match_arg(const char* name, size_t len, const argInfo* a) {
            (a->aliases != nullptr && match_alias(name, len, a->aliases));
 }
 
-// The first and the last eight characters of a name, which overlap in one of less than sixteen.
+// The first and the last eight characters of a name; they overlap in names of less than sixteen.
 struct Ends {
     u8 head, tail;
 };
@@ -137,20 +137,20 @@ static inline bool same_name(const char* a, const char* b, size_t len) {
     return x.head == y.head && x.tail == y.tail && (len <= sizeof(Ends) || memcmp(a, b, len) == 0);
 }
 
-// Equal names have equal hashes; it is enough that different ones mostly differ.
+// Equal names have equal hashes; different names may share one, but seldom do.
 static inline u8 hash(const char* name, size_t len) {
     const Ends ends = ends_of(name, len);
     return (ends.head ^ std::rotl(ends.tail, 1)) * 0x9E3779B97F4A7C15;  // mixes the high bits
 }
 
-// Where to look for an item's argument. The first declared one that matches takes the item, so a
-// walk down the list finds it; the tables say, by the item's hash, where the walk may begin: at the
-// first argument that has a name or an alias of that hash. Mostly that is the one.
+// Finds an item's argument. The first declared one that matches takes the item, so a walk down the
+// list finds it. The tables tell by the item's hash where the walk may begin: at the first argument
+// that has a name or an alias of that hash. Usually the first candidate is the match.
 constexpr int MAX_TABLE_BITS = 9;
 
 struct Finder {
     argInfo* sink;                         // the last catch-all, or null
-    int shift;                             // leaves a place in the table of a hash
+    int shift;                             // turns a hash into a place in the tables
     argInfo* begin[1 << MAX_TABLE_BITS];   // null when no name has the hash
     size_t name_len[1 << MAX_TABLE_BITS];  // the length of that argument's name
 };
@@ -261,7 +261,7 @@ static size_t size_of(ArgType kind) {
     return kind == TYPE_bool ? sizeof(bool) : kind == TYPE_int ? sizeof(int) : sizeof(ArgVal);
 }
 
-// Moves on to the next item that is the argument's. False when there is none.
+// Moves on to the argument's next item. False when there is none.
 static bool find_item(ArgIter* iter, const argInfo* a) {
     while (!argIterDone(iter)) {
         argIterNext(iter);

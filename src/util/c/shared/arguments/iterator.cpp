@@ -1,9 +1,8 @@
 // Option strings, walked in place.
 //
-// `args` always stands on the first character of an item or on `end`, so every step starts with
-// an item and ends by skipping delimiters. Each character is looked at a bounded number of times:
-// one scan stops at whichever of '=' and the delimiter comes first, and no scan for '=' runs past
-// the item.
+// `args` always points to the first character of an item or to `end`, so every step starts with an
+// item and ends by skipping delimiters. Each character is read a bounded number of times: one scan
+// stops at the first '=' or delimiter, and no scan for '=' runs past the item.
 
 #define KX_EMIT_BODIES  // of argIterDone()
 #include "util/export/arguments.h"
@@ -31,7 +30,7 @@ static inline unsigned matches(const char* p, char c) {
     return bits_of(equal_to(load_block(p), c));
 }
 
-// The number of the lowest bit that is set.
+// The position of the lowest bit that is set.
 static inline unsigned lowest(unsigned bits) {
     return static_cast<unsigned>(__builtin_ctz(bits));
 }
@@ -48,7 +47,7 @@ static inline const char* find_either(const char* p, const char* end, char a, ch
             return p + lowest(found);
         if (end - p <= BLOCK_BYTES)
             return end;
-        // The last block overlaps the one before, so as not to pass the end.
+        // The last block overlaps the one before, so that it does not pass the end.
         p = std::min(p + BLOCK_BYTES, end - BLOCK_BYTES);
     }
 }
@@ -121,7 +120,7 @@ static void take_item(ArgIterP iter) {
 }
 
 void argIterNext(ArgIterP iter) {
-    // Most items end within one block or two; a look at those finds the delimiter and the '='.
+    // Most items end within one block or two, where vector comparisons find the delimiter and '='.
     const char* const p = iter->args;
     const ptrdiff_t left = iter->end - p;
     if (left < BLOCK_BYTES)
@@ -129,7 +128,7 @@ void argIterNext(ArgIterP iter) {
     unsigned delimiters = matches(p, iter->delim);
     unsigned equals = matches(p, '=');
     if (delimiters == 0) {
-        // The second block may overlap the first, so as not to pass the end.
+        // The second block may overlap the first, so that it does not pass the end.
         const ptrdiff_t second = std::min(left, 2 * BLOCK_BYTES) - BLOCK_BYTES;
         delimiters = matches(p + second, iter->delim) << second;
         equals |= matches(p + second, '=') << second;
@@ -152,7 +151,7 @@ void argIterNext(ArgIterP iter) {
     continue_at(iter, stop + 1);
 }
 
-// A fresh, terminated copy of `len` characters, or null when memory is exhausted.
+// A new, NUL-terminated copy of `len` characters, or null when memory is exhausted.
 static char* copy(const char* text, size_t len) {
     char* result = static_cast<char*>(gsMalloc(len + 1));
     if (result == nullptr)

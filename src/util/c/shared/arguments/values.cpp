@@ -1,4 +1,4 @@
-// Values of the nine types: what depends on an argument's type is decided here.
+// Values of the nine types: all code that depends on an argument's type is here.
 
 #include "util/export/arguments.h"
 #include "util/export/scaled_printfmt.h"
@@ -49,7 +49,7 @@ void argCopy(ArgType type, ArgPtr* dst, ArgVal* src) {
 bool argConvert(ArgType type, ArgPtr* a, const char* str, const char** error_msg) {
     if (type != TYPE_double)
         return convert(type, *a, str, error_msg);
-    double v;  // the only parser that may store a number and fail then
+    double v;  // the only parser that may store a number and then fail
     if (!strToSuffixDouble(str, &v, error_msg))
         return false;
     *a->pdouble = v;
@@ -72,7 +72,7 @@ struct Buffer {
     size_t len;
 };
 
-// Compares as type T. `show` are the functions that make the printed arguments from a value.
+// Compares as type T. The functions `show` make the printed arguments from a value.
 template <typename T, typename... Show>
 static int check(const ArgVal* v, const void* bounds, Buffer buf, Messages messages, Show... show) {
     T value, minimum, maximum;

@@ -14,7 +14,8 @@ struct BlockMasks {
 void build_index(Index* index, const char* p, const char* end) {
     const size_t left = static_cast<size_t>(end - p);
     index->begin = p;
-    // Bits beyond the stretch mean nothing, so scans start well before them, or before the end.
+    // Nothing is indexed past the stretch, so a scan may not start in its last block unless the
+    // text ends there.
     index->bytes = left < INDEXED_BYTES ? left + 1 : INDEXED_BYTES - MASK_BYTES;
     if (vector_bytes >= 64)
         width_64::index_blocks(index, p, end);

@@ -1,23 +1,24 @@
-// Classes of 64 bytes, by vectors: with the processor's table look-ups two for each byte, one per
-// half of it, and without by the distances to the characters that matter.
+// Classifies 64 bytes by vectors: by two table look-ups per byte, one per nibble, on processors
+// that have them, otherwise by operations that give 0 for the bytes that matter, such as XOR with a
+// character.
 
-// Bytes that stop scans: those with a zero here, or those without, as ZERO_STOPS says.
+// Which bytes stop scans: those with a 0 here if ZERO_STOPS, the others if not.
 struct Stops {
     Bytes of_string, of_word;
 };
 
 #if VECTOR_TABLES
 
-// A byte's classes are those that the entries for its two halves share.
+// A byte's classes are the AND of the entries for its two nibbles.
 constexpr unsigned char CONTROL = 32;
 constexpr unsigned char QUOTE = 64;
 constexpr unsigned char BACKSLASH = 128;
 constexpr unsigned char ZERO = 16;
-constexpr unsigned char IN_20 = 1, IN_30 = 2, IN_50 = 4, IN_70 = 8;  // delimiters by upper half
+constexpr unsigned char IN_20 = 1, IN_30 = 2, IN_50 = 4, IN_70 = 8;  // delimiters by upper nibble
 constexpr unsigned char STOPS_STRING = CONTROL | QUOTE | BACKSLASH | ZERO;
 constexpr unsigned char STOPS_WORD = CONTROL | ZERO | IN_20 | IN_30 | IN_50 | IN_70;
 
-// The space has no class of control characters, which would stop strings.
+// The space is not in the class of control characters, because that class stops strings.
 alignas(16) constexpr unsigned char BY_UPPER_HALF[16] = {
     CONTROL, CONTROL, IN_20 | QUOTE, IN_30, 0, IN_50 | BACKSLASH, 0, IN_70, 0, 0, 0, 0, ZERO};
 constexpr unsigned char LOW = CONTROL;
@@ -49,7 +50,7 @@ VECTOR_INLINE Stops stops_of(Bytes bytes) {
 
 constexpr bool ZERO_STOPS = true;
 
-// Clearing bit 0x20 unites "[]" with "{}", bit 0x01 ":" with ";", and """ with "#".
+// Clearing bit 0x20 maps "{}" to "[]"; clearing bit 0x01 maps ";" to ":", and "#" to """.
 VECTOR_INLINE Stops stops_of(Bytes bytes) {
     const Bytes no_20 = bytes & 0xDF, no_01 = bytes & 0xFE;
     const Bytes shared = smaller(bytes ^ ENCODED_ZERO, bytes ^ '\\');
@@ -79,7 +80,7 @@ VECTOR_INLINE BlockMasks classify(const Bytes64& bytes) {
     return {stop_bits(string_stops), stop_bits(word_stops), ~zeros(above_blanks)};
 }
 
-// The last block is filled up with what stops every scan.
+// The last block is padded with a byte that stops every scan.
 VECTOR_CODE static void index_blocks(Index* index, const char* text, const char* end) {
     const auto* p = reinterpret_cast<const unsigned char*>(text);
     const size_t left = static_cast<size_t>(end - text);

@@ -15,24 +15,24 @@ constexpr size_t BUILT_IN_DEPTH = 1024;  // open containers; more need memory
 
 struct json;
 
-// Delivers the word from `token` to `end` when it is a number that needs none of the platform's
-// conversions and returns its end, else null.
+// Delivers the word from `token` to `end` and returns its end, if it is a number that does not need
+// the platform's conversions; returns null otherwise.
 using SendNumber = const char*(json* js, const char* token, const char* end);
 
 struct json {
     const char* end;      // the text's terminating zero byte
     const char* pos;      // the cursor, stored before events and errors; gives the line
-    const char* extract;  // the token, or else the character, that an error shows; null for none
+    const char* extract;  // the token or the character that an error shows; null for none
     json_cb callback;
     void* arg;
     char* buffer;  // the token's bytes: static_buf until it has to grow
     size_t used;   // bytes of the token so far
     size_t size;   // of `buffer`; at least one byte always stays free
-    char* open;    // what ends each open container, a JSONType: static_open until it has to grow
+    char* open;    // the closing JSONType of each open container: static_open until it has to grow
     size_t depth;
     size_t max_depth;
     SendNumber* send_number;
-    enum { UNKNOWN, POINT, OTHER } decimal_point;  // the locale's, asked for when first needed
+    enum { UNKNOWN, POINT, OTHER } decimal_point;  // the locale's, read when first needed
     const char* start;
     char* errbuf;
     size_t errlen;
@@ -62,15 +62,14 @@ static inline bool is_digit(char c) {
 
 extern __slkey jsonkey;  // finds the calling thread's innermost parse
 
-// Resizes a block of the record that is the built-in one, of which `used` bytes count, or memory
-// of its own.
+// Resizes a block of the record. It is the built-in block, whose first `used` bytes are kept, or a
+// block of the heap.
 char* resize(json* js, char* block, const char* built_in, size_t used, size_t size);
 
-// Ends the parse with an error: the cursor has come to `pos`, and the text from `extract` on is
-// shown.
+// Ends the parse with an error. `pos` is the cursor; the error shows the text from `extract` on.
 [[noreturn]] void fail(json* js, const char* extract, const char* pos, const char* message);
 
-// The same for a character that should not be where it is.
+// The same for an unexpected character.
 [[noreturn]] static inline void fail_at(json* js, const char* p, const char* message) {
     fail(js, p, p, message);
 }
@@ -91,10 +90,10 @@ static inline void deliver_text(json* js, const char* token, const char* pos, JS
     deliver(js, token, pos, type, &value);
 }
 
-// The token buffer. Whoever fills it has stored the token's start in `extract`, which errors then
-// show; `pos` is where the cursor is.
+// The token buffer. Code that fills it has stored the token's start in `extract` before, because
+// errors show it; `pos` is the cursor.
 
-// Grows the buffer for `count` more bytes beside the one that stays free.
+// Grows the buffer to hold `count` more bytes and the one that stays free.
 void grow_buffer(json* js, size_t count, const char* pos);
 
 static inline void make_room(json* js, size_t count, const char* pos) {

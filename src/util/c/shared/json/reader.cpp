@@ -1,15 +1,15 @@
 // The JSON reader: one pass over a text that has been checked to be UTF-8.
 //
-// A cursor travels through the functions below; the record of the parse keeps what a callback or
-// an error may ask for. Every event and every error first stores the cursor and the place where
-// an error's extract would begin; lines are counted only when an error names one.
+// The functions below pass a cursor along. The record of the parse keeps what a callback or an
+// error may need: every event and every error first stores the cursor and the place where an
+// error's extract would begin. Lines are counted only when an error names one.
 //
 // Valid characters are copied as they are: decoding and encoding them again would give the same
-// bytes. The terminating zero byte ends every scan. So does U+0000 in its two bytes, which counts
-// as the end of the document; its first byte starts no other character, so that byte is enough.
+// bytes. The terminating zero byte ends every scan. So does U+0000, encoded in two bytes, which
+// counts as the end of the document. Its first byte starts no other character, so scans test for
+// that byte only.
 //
-// Open containers are kept as one byte each in memory of the parse's own, so nesting costs no
-// stack.
+// Each open container takes one byte in memory of the parse, so nesting needs no stack.
 
 #include "util/c/shared/json/text.h"
 #include "util/c/shared/json/words.h"
@@ -48,8 +48,8 @@ static inline bool in_object(const json* js) {
     return js->depth > 0 && js->open[js->depth - 1] == JSON_OBJECT_END;
 }
 
-// What follows a member's value, first looked at from p on: the closing brace, or the next member,
-// perhaps after blanks.
+// Passes over what follows a member's value, which ends at p. Returns the place of the closing
+// brace or of the next member.
 static inline const char* read_separator(json* js, const char* p) {
     if (*p == ',' && !is_blank(p[1]) && p[1] != '/') [[likely]]
         return p + 1;
@@ -67,8 +67,8 @@ static inline const char* end_container(json* js, const char* bracket) {
     return in_object(js) ? read_separator(js, bracket + 1) : bracket + 1;
 }
 
-// A minus sign or a digit, or one of the two characters between them: one comparison, because signs
-// cannot be predicted.
+// True for a minus sign, a digit, or one of the two characters between them. A separate test for
+// the sign would be mispredicted.
 static inline bool may_begin_number(char c) {
     return c >= '-' && c <= '9';
 }
@@ -140,8 +140,8 @@ static void read_document(json* js) {
         p = in_object(js) ? read_members(js, p) : read_elements(js, p);
 }
 
-// The parse itself; errors come back here. The record belongs to the caller's frame, so its fields
-// are sure to be as they were left.
+// The parse itself; errors jump back here. The record is in the caller's frame, so its fields keep
+// their values across the jump.
 static int run(json* js) {
     if (setjmp(js->jmp) != 0)
         return -1;
@@ -182,7 +182,7 @@ int jsonParse(const char* str, json_cb cb, void* arg, char* errbuf, size_t errle
     return result;
 }
 
-// Memory for a file of that size and a terminator; null with a message.
+// Memory for a file of that size and a terminator; null with a message when there is none.
 static char* allocate_text(filesize size, const char* path, char* errbuf, size_t errlen) {
     if (size > INT_MAX) {
         kestrum_util_snprintf(errbuf, errlen, "Too large file: %s", path);

@@ -1,7 +1,7 @@
 // The record of a parse: its memory, which grows, and its errors.
 //
-// An error leaves the parse from any depth, by a jump to where it began. It is found through a
-// stacked thread-local, because a callback that ends the parse has no pointer to the record.
+// An error jumps from any depth to where the parse began. The record is found through a stacked
+// thread-local, because a callback that ends the parse has no pointer to it.
 
 #include "util/c/shared/json/json_internal.h"
 
@@ -45,8 +45,8 @@ static unsigned line_of(const json* js, const char* pos) {
     return line;
 }
 
-// Appends the line and what the rest of the line holds from the extract's start. A closing quote
-// is kept room for; when there is none, nothing more is appended.
+// Appends the line's number and the text from the extract's start to the end of its line. Room is
+// kept for a closing quote; without room for it, nothing of that text is appended.
 static void append_place(const json* js) {
     char* out = js->errbuf + strlen(js->errbuf);
     size_t room = js->errlen - static_cast<size_t>(out - js->errbuf);

@@ -1,7 +1,7 @@
 // Comments and strings of all kinds.
 //
-// A comment may start wherever white space may stand, also directly after another, and a block
-// comment closes at the first "*/". One that nothing closes ends the document.
+// A comment may start wherever white space is allowed, also directly after another comment. A block
+// comment ends at the first "*/"; an unclosed one takes the rest of the document.
 
 #include "util/c/shared/json/text.h"
 
@@ -37,7 +37,7 @@ const char* skip_comments(json* js, const char* p) {
 }
 
 struct EscapeTable {
-    char character[256];  // 0 for what is no escape of one letter
+    char character[256];  // 0 when the letter is no escape
 };
 
 constexpr EscapeTable make_escape_table() {
@@ -49,7 +49,7 @@ constexpr EscapeTable make_escape_table() {
 
 constexpr EscapeTable ESCAPES = make_escape_table();
 
-// The value of `count` hexadecimal digits, or -1 when they are none.
+// The value of `count` hexadecimal digits, or -1 when one of them is no such digit.
 static inline int read_hex_fast(const char* p, int count) {
     unsigned value = 0;
     for (int i = 0; i < count; i++) {
@@ -61,14 +61,14 @@ static inline int read_hex_fast(const char* p, int count) {
     return static_cast<int>(value);
 }
 
-// White space beyond ASCII, which counts where the locale has such characters. Not iswspace(), on
-// which C libraries do not agree.
+// White space beyond ASCII, which counts in locales that have such characters. iswspace() is not
+// used, because C libraries disagree on it.
 static bool is_wide_space(wchar_t c) {
     return !locale_is_ascii() && (c == 0x1680 || (c >= 0x2000 && c <= 0x200A && c != 0x2007) ||
                                   c == 0x2028 || c == 0x2029 || c == 0x205F || c == 0x3000);
 }
 
-// A character of a number, which the platform's conversions take from ASCII.
+// A character for the platform's conversions, which read numbers in ASCII only.
 static char narrowed(wchar_t c) {
     if (c < 0x80)
         return static_cast<char>(c);
@@ -122,10 +122,10 @@ static const char* scan_special(json* js, const char* p) {
     return p + 1;
 }
 
-// Copies characters and the escapes above as long as neither the text nor the token buffer comes
-// near its end. Returns where that, or something else, stopped it.
+// Copies characters and the escapes above until the text or the token buffer is near its end.
+// Returns where that, or another character, stopped it.
 static const char* copy_fast(json* js, const char* p) {
-    constexpr ptrdiff_t BLOCK = 64;          // BITS_AT_ONCE of them, in one copy of known size
+    constexpr ptrdiff_t BLOCK = 64;          // BITS_AT_ONCE of them count; the size is a constant
     constexpr ptrdiff_t MARGIN = BLOCK + 4;  // a block, an escape, and the byte that stays free
     char* out = js->buffer + js->used;
     char* const last_out = js->buffer + js->size - MARGIN;

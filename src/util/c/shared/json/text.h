@@ -4,7 +4,7 @@
 
 #include "util/c/shared/json/json_internal.h"
 
-// The first character at or after p, which is a slash, that is neither blank nor in a comment.
+// The first character at or after p that is neither blank nor in a comment; *p is a slash.
 const char* skip_comments(json* js, const char* p);
 
 // The first character at or after p that is no blank.
@@ -15,8 +15,8 @@ static inline const char* skip_blanks(json* js, const char* p) {
     return p + std::countr_zero(found);
 }
 
-// The first significant character at or after p, or the end. Most gaps are of one blank, or none:
-// the result is then p plus a constant, for which nothing has to wait.
+// The first significant character at or after p, or the end. Most gaps have one blank or none. The
+// result is then p plus a constant, so what follows need not wait for a scan.
 static inline const char* next_clean(json* js, const char* p) {
     const char* clean = !is_blank(p[0]) ? p : !is_blank(p[1]) ? p + 1 : skip_blanks(js, p + 2);
     return *clean == '/' ? skip_comments(js, clean) : clean;
@@ -31,7 +31,7 @@ const char* scan_string(json* js, const char* token);
 
 // The same, for a string between double quotes that is short and has no escapes.
 static inline const char* scan_string_fast(json* js, const char* token) {
-    constexpr ptrdiff_t MAX_BYTES = 64;  // copied whatever the length: no branch depends on it
+    constexpr ptrdiff_t MAX_BYTES = 64;  // always copied, so that no branch depends on the length
     const char* const text = token + 1;
     const u8 stops = bits_at(&js->index, js->index.string_stops, text, js->end);
     const size_t length = static_cast<size_t>(std::countr_zero(stops));

@@ -1,5 +1,6 @@
-// Bare words. What a word means is decided by the platform's conversions, to a double for words
-// with a point or an "e" and then to an integer; what is read here is read as they would.
+// Bare words. The platform's conversions decide what a word means: a word with a point or an "e" is
+// tried as a double first, then every word as an integer. The fast code here gives the same
+// results.
 
 #include "util/c/shared/json/words.h"
 
@@ -30,10 +31,11 @@ static bool has_point(json* js) {
     return js->decimal_point == json::POINT;
 }
 
-// These deliver the number from `token` to `end` and return its end. They return null for what is
-// left to the platform. Out of line, so that what reads the digits needs no stack frame.
+// These functions deliver the number from `token` to `end` and return its end, or null for a number
+// that is left to the platform. They are out of line, so that the code that reads the digits needs
+// no stack frame.
 
-// Leaves octal integers, and those that may not fit.
+// Leaves octal integers to the platform, and those that may not fit 64 bits.
 [[gnu::noinline]] static const char* send_integer(json* js, const char* token, const char* end,
                                                   u8 magnitude) {
     constexpr ptrdiff_t SAFE_DIGITS = 18;  // any integer of that many fits
@@ -78,8 +80,8 @@ SendNumber* number_sender() {
                                 : width_16::send_number_fast;
 }
 
-// Spares most words the platform's conversions: how a number, an infinity or a "nan" may start.
-// A locale may have a decimal point beyond ASCII.
+// True when the word starts as a number, an infinity or a "nan" may. Other words, which are most,
+// skip the platform's conversions. A locale may have a decimal point beyond ASCII.
 static bool may_be_number(const char* word) {
     const char c = *word;
     if (is_digit(c) || c == '-' || c == '+' || c == '.' || byte_of(c) >= 0x80)
@@ -87,7 +89,7 @@ static bool may_be_number(const char* word) {
     return kestrum_util_strnicmp(word, "inf", 3) == 0 || kestrum_util_strnicmp(word, "nan", 3) == 0;
 }
 
-// True when a number was found that ends with its word.
+// True when a number was found and the word ends with it.
 static bool is_whole(const char* end) {
     return end != nullptr && *end == '\0';
 }

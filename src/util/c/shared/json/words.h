@@ -7,27 +7,27 @@
 // The end of the word at `token`, whose bytes go to the token buffer.
 const char* scan_word(json* js, const char* token);
 
-// Delivers the word at `token`, whatever it is, and returns its end.
+// Delivers the word at `token`, of any kind, and returns its end.
 const char* send_word(json* js, const char* token);
 
-// Chooses what delivers numbers on this processor.
+// Chooses the function that delivers numbers on this processor.
 SendNumber* number_sender();
 
-// The end of the word at p, or null when it is not near.
+// The end of the word at p, or null when it is further than one look at the index shows.
 static inline const char* word_end_fast(json* js, const char* p) {
     const u8 stops = bits_at(&js->index, js->index.word_stops, p, js->end);
     return stops != 0 ? p + std::countr_zero(stops) : nullptr;
 }
 
-// Four letters as a number, in lower case when `text` is letters.
+// Four characters as a number; letters are made lower case.
 static inline unsigned four_letters(const char* text) {
     unsigned letters;
     memcpy(&letters, text, sizeof letters);
     return letters | 0x20202020;
 }
 
-// Delivers the literal at `token` and returns its end; null when it is another word, or is
-// followed by anything but a blank or a delimiter.
+// Delivers the literal at `token` and returns its end. Null for any other word, and when the next
+// character is neither a blank nor one of ",}]".
 static inline const char* send_literal_fast(json* js, const char* token) {
     constexpr ptrdiff_t LONGEST = 5;
     if (js->end - token < LONGEST)

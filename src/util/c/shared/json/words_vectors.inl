@@ -1,15 +1,15 @@
-// Numbers of up to 32 characters, by vectors: digits, perhaps with a point among them. What is done
-// does not depend on their length, because branches on it would be mispredicted.
+// Numbers of up to 32 characters, by vectors: digits with an optional point. The steps do not
+// depend on the length, because branches on it would be mispredicted.
 
 #include "util/c/shared/vector/digits.inl"
 
 constexpr int MAX_CHARACTERS = 32;
 constexpr u8 SIXTEEN_DIGITS = 10'000'000'000'000'000;
-constexpr u8 MAX_UPPER = 999;  // above sixteen digits: together DECIMAL_DIGITS
+constexpr u8 MAX_UPPER = 999;  // above the lower sixteen digits; DECIMAL_DIGITS together
 
 VECTOR_CODE static const char* send_number_fast(json* js, const char* token, const char* end) {
     const int count = static_cast<int>(end - token) - (*token == '-');
-    // The point is taken out by a second look from one character before.
+    // A second load, from one character earlier, takes the point out.
     if (count < 1 || count > MAX_CHARACTERS || end - js->start <= MAX_CHARACTERS)
         return send_number(js, token, end);
     Digits digits = with_last(count, digits_at(end - MAX_CHARACTERS), Digits{});

@@ -1,8 +1,9 @@
 // Keeps the calling thread from being cancelled while it holds a lock.
 //
 // Writing, opening and closing a file are cancellation points. A thread that is cancelled there
-// leaves its locks held for ever, so code that may reach one under a lock has an object of this
-// class. A request for cancellation that comes meanwhile acts at the thread's next point.
+// leaves its locks held forever, so code that may reach such a point under a lock creates an object
+// of this class. A request for cancellation that comes meanwhile takes effect at the thread's next
+// point.
 #ifndef UTIL_C_SHARED_LOGGING_CANCELLATION_H
 #define UTIL_C_SHARED_LOGGING_CANCELLATION_H
 

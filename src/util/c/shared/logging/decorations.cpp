@@ -1,7 +1,7 @@
 // The option string that sets decorations.
 //
-// An item of that string names a standard decoration, an extended one of some component, or both
-// at once. The whole string is kept for components that are loaded later.
+// An item of that string names a standard decoration, an extended one of some component, or both.
+// The whole string is kept for components that are loaded later.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -19,7 +19,7 @@ constexpr unsigned DEFAULT_DECORATIONS = LOG_DECORATION_BIT(DECORATION_MODULE) |
                                          LOG_DECORATION_BIT(DECORATION_PID);
 
 static volatile int remembered_lock;    // no other lock is taken while this one is held
-static char* default_decorations_args;  // the option as last given, or null; guarded by it
+static char* default_decorations_args;  // the latest option, or null; guarded by the lock
 
 static bool apply_standard(logger* the_logger, const char* name) {
     for (int i = 0; i < NUM_STD_DECORATIONS; i++)
@@ -42,8 +42,8 @@ bool apply_extended_log_decorations(logger* l, char* token) {
     return false;
 }
 
-// Offers the name to the given logger, or to all of them until one takes it. Takes loggers_lock
-// shared.
+// Offers the name to the given logger, or to one logger after the other until one takes it. Takes
+// loggers_lock shared.
 static bool apply_extended(logger* the_logger, char* name) {
     bool applied = false;
     rwReadLock(&loggers_lock);
@@ -95,8 +95,8 @@ int logParseLogDecorations(const char* args) {
     return apply_log_decorations(nullptr, args);
 }
 
-// An option that is set at the same time misses no logger: it is remembered before it is applied,
-// and the logger is in the chain before it looks here.
+// An option that is set at the same time reaches every logger: it is remembered before it is
+// applied, and the logger joins the chain before it looks here.
 void apply_remembered_decorations(logger* log) {
     rwReadLock(&remembered_lock);
     char* const option =

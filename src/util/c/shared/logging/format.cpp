@@ -1,10 +1,10 @@
 // Formatted text of bounded length, for messages and decorations.
 //
-// The platform's formatter costs more than all else in a line but the write itself, and most
-// messages need little of it: whole numbers and strings without flags or width. Those are written
-// here in one pass. The first conversion that is anything else, a null string included, hands the
-// whole text to the platform's formatter, which starts over with the untouched argument list; so
-// what comes out is always what it would write.
+// The platform's formatter costs more than everything else in a line except the write, and most
+// messages need little of it: integers and strings without flags or width. Those are formatted here
+// in one pass. At the first other conversion, or a null string, the whole text goes to the
+// platform's formatter, which starts from the beginning with the unused argument list. So the
+// result is always what that formatter would write.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -14,7 +14,7 @@
 #include <string.h>
 #include <algorithm>
 
-constexpr size_t MOST_ROOM = INT_MAX;  // so that the end of a room like (size_t)-1 is an address
+constexpr size_t MOST_ROOM = INT_MAX;  // keeps the end of a room like (size_t)-1 a valid address
 
 // Copies up to `limit`, where there is still room for a terminator.
 static inline char* put(char* end, char* limit, const char* text, size_t length) {
@@ -33,8 +33,7 @@ constexpr u8 POWERS_OF_TEN[] = {
 
 // At least 1, also for 0.
 static int count_digits(u8 value) {
-    // 1233 / 4096 is nearly the logarithm of 2 to the base 10: the estimate from the count of bits
-    // is right or one too low.
+    // 1233 / 4096 is nearly log10(2): the estimate from the number of bits is right or one too low.
     const int estimate = (64 - __builtin_clzll(value | 1)) * 1233 >> 12;
     return estimate + ((value | 1) >= POWERS_OF_TEN[estimate]);
 }
@@ -53,7 +52,7 @@ constexpr DigitPairs DIGIT_PAIRS = [] {
     return pairs;
 }();
 
-// Written in place from the last digit on, two at a time.
+// Writes two digits at a time, from the last to the first.
 static char* put_digits(char* position, u8 value, int digits) {
     char* const end = position + digits;
     char* p = end;
@@ -82,7 +81,7 @@ static char* put_hexadecimal(char* position, u8 value) {
     return position + digits;
 }
 
-// Puts what `write` writes at its argument, at most NUMBER_BYTES, cut at `limit`.
+// Puts what `write` produces, at most NUMBER_BYTES, cut at `limit`.
 template <typename Write>
 static inline char* put_bounded(char* end, char* limit, Write write) {
     if (limit - end >= static_cast<ptrdiff_t>(NUMBER_BYTES))
@@ -91,8 +90,8 @@ static inline char* put_bounded(char* end, char* limit, Write write) {
     return put(end, limit, scratch, static_cast<size_t>(write(scratch) - scratch));
 }
 
-// Formats what the first comment names. Returns the end of the text, or null at the first
-// conversion that is anything else.
+// Formats the conversions that the first comment names. Returns the end of the text, or null at the
+// first other conversion.
 static char* format_plainly(char* end, char* limit, const char* fmt, va_list args) {
     while (true) {
         const char* const stop = strchrnul(fmt, '%');
@@ -155,7 +154,7 @@ char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list* args) {
     if (end == nullptr) {
         buf[0] = '\0';
         const int needed = vsnprintf(buf, max, fmt, *args);
-        // When a conversion fails, what came before it stands.
+        // When a conversion fails, the text before it stays.
         end = needed < 0 ? buf + strnlen(buf, max - 1) : std::min(buf + needed, limit);
     }
     *end = '\0';

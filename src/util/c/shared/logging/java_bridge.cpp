@@ -1,11 +1,11 @@
 // The natives of veltra.kestrum.log.NativeLogModule: log modules for Java.
 //
-// A Java object stands for one module. It has the address of the module's record, which it hands
-// back to print, and two direct buffers over the module's level cells, so a level that either side
-// writes is the level at once. Modules never go away, and neither do the addresses.
+// A Java object stands for one module. It has the address of the module's record, which it passes
+// back to print, and two direct buffers over the module's level cells, so both sides read and write
+// the same levels. Modules are never removed, so the addresses stay valid.
 //
-// JNI leaves an exception pending when a call of its own fails; from then on nothing is called but
-// what JNI allows, and the native returns.
+// A JNI call that fails leaves an exception pending. After that a native makes only the calls that
+// JNI still allows, and returns.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -51,7 +51,7 @@ static bool store_string(JNIEnv* env, jobjectArray array, size_t index, const ch
     if (str == nullptr)
         return false;
     env->SetObjectArrayElement(array, static_cast<jsize>(index), str);
-    env->DeleteLocalRef(str);  // a native has room for a few only
+    env->DeleteLocalRef(str);  // a native has room for few local references
     return true;
 }
 
@@ -90,8 +90,8 @@ static void list_all_modules(ModuleList* list) {
     module_list_sort(list);
 }
 
-// The names of the modules in a list as an array. A name that cannot be made leaves the array null
-// from there on; a missing array is null. Either comes with an exception pending.
+// The names of the modules in a list as an array, or null when there is no memory for it. When a
+// name cannot be made, the elements from there on are null. Both leave an exception pending.
 static jobjectArray array_of_names(JNIEnv* env, const ModuleList* list) {
     jobjectArray names = env->NewObjectArray(static_cast<jsize>(list->count), strClazz, nullptr);
     for (size_t i = 0; names != nullptr && i < list->count; i++)
@@ -139,7 +139,7 @@ JNIEXPORT jobjectArray JNICALL Java_veltra_kestrum_log_NativeLogModule_getModule
         throw_new(env, "java/lang/OutOfMemoryError", "no memory for the list of log modules");
         return nullptr;
     }
-    const CancellationOff cancellation_off;  // a call of the virtual machine may block
+    const CancellationOff cancellation_off;  // a call into the virtual machine may block
     rwReadLock(&loggers_lock);
     list_all_modules(&list);
     jobjectArray names = array_of_names(env, &list);

@@ -1,8 +1,8 @@
 // The listing of modules with their settings, one line each, sorted by name.
 //
 // A linked module shares the settings of the one that it follows, which is listed in its place. The
-// modules are gathered in a list that is made before loggers_lock is taken; those that register in
-// between may find no room in it and are left out.
+// list of modules is allocated before loggers_lock is taken. Modules that register in between may
+// not fit into it and are left out.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -43,8 +43,8 @@ void module_list_sort(ModuleList* list) {
     qsort(list->modules, list->count, sizeof(logmodule*), compare_module);
 }
 
-// Keeps a module that is not linked and not yet in the list. Looking at all of them is quick
-// enough for the few dozen modules that there are.
+// Keeps a module that is not linked and not yet in the list. A linear search is fast enough for a
+// few dozen modules.
 static void keep_module(ModuleList* list, logmodule* m) {
     logmodule** const end = list->modules + list->count;
     if (m->link == nullptr && list->count < list->capacity &&
@@ -52,7 +52,7 @@ static void keep_module(ModuleList* list, logmodule* m) {
         list->modules[list->count++] = m;
 }
 
-// The name of a level. Java writes levels as it likes, so one may have none.
+// The name of a level. Java may write any number as a level, so there may be none.
 template <size_t count>
 static const char* name_of(const char* const (&names)[count], unsigned level) {
     return level < count ? names[level] : "?";

@@ -8,11 +8,12 @@
 //   a module's lock its stream. Shared while a line is written, exclusive while it is replaced.
 //   streams_lock    the list of open log files, private to streams.cpp.
 //
-// The remembered decorations have a lock of their own, private to decorations.cpp, under which no
-// other is taken.
+// The remembered decorations have another lock, private to decorations.cpp. No other lock is taken
+// while it is held.
 //
 // Calls go one way: options; registration and listing; decorations and lookup; registry, streams
-// and print. Only registration and lookup's callers come back to print, through the module "util".
+// and print. Only registration and lookup's callers print messages of their own, on the module
+// "util".
 //
 // Levels and decoration words are single words that change at any time without a lock.
 #ifndef UTIL_C_SHARED_LOGGING_LOGGING_INTERNAL_H
@@ -30,13 +31,13 @@ extern "C" {
 
 extern volatile int loggers_lock;
 
-// The newest logger. The chain below a logger never changes once it is the head, so a lookup may
-// follow it without the lock: it loads the head with acquire, which shows it all that was written
-// before the head was stored with release. Under the lock a relaxed load will do.
+// The newest logger. The chain behind a logger never changes after the logger became the head, so a
+// lookup may follow it without the lock: it loads the head with acquire and so sees all that was
+// written before the head was stored with release. Under the lock a relaxed load is enough.
 extern std::atomic<logger*> all_loggers;
 
-// Modules of all registered loggers. Grows under loggers_lock, before the logger can be met. May be
-// read relaxed: a list with room for too few modules leaves the newest out.
+// The number of modules of all registered loggers. Grows under loggers_lock, before a new logger is
+// in the chain. May be read relaxed: a list with room for too few modules leaves some out.
 extern std::atomic<size_t> num_modules;
 
 // Starts a walk over the modules that (`l`, `m`) selects. Takes loggers_lock shared until
@@ -45,15 +46,15 @@ void logiter_init(logiter* iter, logger* l, LogModule m);
 
 // decorations.cpp
 
-// Gives a logger that has just joined the chain the decorations that an option has asked for, if
-// one has. Takes loggers_lock shared, and allocates: without memory the logger keeps its own.
+// Gives a logger that has just joined the chain the decorations of the latest option, if there was
+// one. Takes loggers_lock shared. Allocates: without memory the logger keeps its own decorations.
 void apply_remembered_decorations(logger* log);
 
 // format.cpp
 
-// Formats into `max` bytes of room, at least 1, and returns the position of the terminator of
-// what was written. A null `args` takes `fmt` as plain text; it is a pointer because a va_list may
-// be a record. The list is used up, and its owner ends it.
+// Formats into a buffer of `max` bytes, at least 1, and returns the position of the terminator.
+// With a null `args`, `fmt` is plain text; `args` is a pointer because a va_list may be a record.
+// The list is used up; its owner calls va_end().
 char* log_vsnprintf(char* buf, size_t max, const char* fmt, va_list* args);
 
 // Writes a decimal number of at least `min_digits` digits, zero-filled, in at most NUMBER_BYTES
@@ -69,8 +70,9 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
 
 // streams.cpp
 
-// The stream of a file, opened unless a record already covers it, with one reference for the
-// caller; the standard streams, uncounted, for "stdout" and "stderr". Null when it cannot be had.
+// The stream of a file, with one reference for the caller. The file is opened unless a record
+// already covers it. "stdout" and "stderr" give the standard streams, which are not counted. Null
+// when the file cannot be opened or memory is exhausted.
 log_output register_stream(const char* filename);
 
 // Adds a reference to a stream.
@@ -79,8 +81,8 @@ void use_stream(log_output f);
 // Drops a reference to a stream, closing the file at zero.
 void release_stream(log_output f);
 
-// Makes `to` write to `f`, whose reference the caller has seen to, and drops the reference to
-// what it wrote to before. Takes the module's lock exclusively.
+// Makes `to` write to `f`, for which the caller has added a reference, and drops the reference to
+// the stream before it. Takes the module's lock exclusively.
 void set_stream(logmodule* to, log_output f);
 
 // Makes `to` write to what `from` writes to at this moment. Takes both modules' locks in turn.
@@ -98,8 +100,8 @@ using deprecation_warner = int(const char* advice);
 
 // Finds a module by name or alias, newest logger first.
 //
-//   warn          with it retired names lead to their replacements, and it is called for each;
-//                 null when retired names mean nothing
+//   warn          called for each retired name, which then leads to its replacement; null when
+//                 retired names mean nothing
 //   ppl, pmindex  receive the module's logger and index; untouched when there is none
 //   errbuf        may be null; says why the name was not found, or that it is retired
 //
@@ -122,10 +124,10 @@ struct ModuleList {
 // Makes an empty list; false when there is no memory. Not to be called with loggers_lock held.
 bool module_list_init(ModuleList* list);
 
-// Frees what a list that was made has allocated.
+// Frees what module_list_init() has allocated.
 void module_list_destroy(ModuleList* list);
 
-// Puts the modules in the order of the bytes of their names.
+// Sorts the modules by the bytes of their names.
 void module_list_sort(ModuleList* list);
 
 }  // extern "C"
@@ -138,8 +140,8 @@ inline constexpr const char* sanitylevel_names[SANITY_MAX] = {"NONE", "MINIMAL",
 inline constexpr const char* decoration_names[NUM_STD_DECORATIONS] = {
     "LEVEL", "MODULE", "TIMESTAMP", "MILLIS", "NANOS", "OSTHREADID", "PID"};
 
-// Levels and decoration words are read by other threads while they change. Relaxed is enough on
-// every processor: each is a value of its own, and what it lets a thread do needs nothing that was
+// Levels and decoration words change while other threads read them. Relaxed accesses are enough on
+// every processor: each value stands alone, and a thread that sees a new one needs no other data
 // written before it. Tables of decorators are constant, and streams have locks.
 template <typename T>
 inline void store_word(T* word, T value) {

@@ -45,8 +45,8 @@ static NamedThing look_up(const char* name, bool with_retired) {
 
 bool find_logmodule(const char* name, deprecation_warner* warn, logger** ppl, size_t* pmindex,
                     char* errbuf, size_t errlen) {
-    // A replacement may be retired in turn. Names that lead in a circle end as a missing
-    // replacement does: a row remembered at hops 1, 2, 4, 8 ... is reached a second time.
+    // A replacement may be retired, too. A cycle ends as a missing replacement does. It is detected
+    // when a row remembered at hops 1, 2, 4, 8 ... is reached a second time.
     const logobsolete* remembered = nullptr;
     size_t hops = 0;
     NamedThing found = look_up(name, warn != nullptr);

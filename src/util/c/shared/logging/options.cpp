@@ -1,9 +1,9 @@
 // The option strings for levels, sanity levels and log files.
 //
 // One tokenizer serves all three; they differ in the setter that gives a value to modules. The
-// setter gets the module that an item names, or, for a bare item that names none, every module and
-// the item's name as the value. Each item acts at once; the first that fails ends the parse, and
-// the error buffer says why.
+// setter gets the module that an item names. For an item without a value whose name is no module,
+// it gets every module, and the name as the value. Each item takes effect before the next one is
+// read. The first that fails ends the parse, and the error buffer says why.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -16,7 +16,7 @@
 // Gives a value to the selected modules. Returns 0, or -1 with the reason in the error buffer.
 using Setter = int(logger* l, LogModule module, const char* value, char* errbuf, size_t errlen);
 
-// What hears of retired names unless the caller of an option does.
+// Called for retired names when the caller of an option gives no callback.
 static int print_warning(const char* advice) {
     if (logEnabled(DBG_UTIL, MSG_WARN))
         _logforceprint(&_loggers, DBG_UTIL, MSG_WARN, "%s", advice);
@@ -104,8 +104,8 @@ static int set_logfile(logger* l, LogModule module, const char* value, char* err
     log_output stream = register_stream(value);
     if (stream == nullptr)
         return log_fail(errbuf, errlen, "Could not open stream '%s'", value);
-    // Counted before it is given: another option may take the stream away from the module at once,
-    // and drop the module's reference with it.
+    // Counted before it is set: another option may immediately give the module another stream,
+    // which drops the module's reference to this one.
     for_each_module(l, module, [=](logmodule* m) {
         use_stream(stream);
         set_stream(m, stream);

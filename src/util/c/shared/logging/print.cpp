@@ -1,11 +1,11 @@
 // One line: decorations, message, write.
 //
-// The line is built in a buffer on the stack of the printing thread, outside every lock. Its
-// layout bounds it: at most `size` - 1 bytes of decorations, a space, at most 1022 bytes of
-// message and a newline. Standard decorations come first; an extended one gets the write position
-// and the count of bytes left for decorations, terminator included, and returns the position of
-// its terminator, which what follows overwrites. The count never drops below 1. A decorator that
-// returns a position or a count out of its room is put back into it.
+// The line is built in a buffer on the stack of the printing thread, outside every lock. Its layout
+// bounds it: at most `size` - 1 bytes of decorations, a space, at most 1022 bytes of message and a
+// newline. Standard decorations come first; an extended one gets the write position and the count
+// of bytes left for decorations, terminator included, and returns the position of its terminator,
+// which the next text overwrites. The count never drops below 1. A position or a count that a
+// decorator returns is clamped to its room.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -33,8 +33,8 @@ constexpr long FIRST_NAP_NANOS = 50'000;  // then twice as long each time
 constexpr long LONGEST_NAP_NANOS = 800'000;
 constexpr unsigned EXTENDED_BITS = ((1U << LOG_EXTENDED_SLOTS) - 1) << NUM_STD_DECORATIONS;
 
-// The standard decorations are written one by one into the line, which has room for all of them,
-// and cut to their budget together.
+// The line has room for all standard decorations. They are written one by one and cut to their
+// budget together.
 
 // Left-justified in exactly seven columns.
 static char* put_module(char* position, const char* name) {
@@ -46,8 +46,8 @@ static char* put_module(char* position, const char* name) {
 
 constexpr size_t LEVEL_COLUMN_BYTES = 7;
 
-// The terminator is copied along, so that a column is copied in one piece. The last is for levels
-// without name.
+// The terminator is copied, too, so that a column is one copy of eight bytes. The last column is
+// for levels without a name.
 constexpr char LEVEL_COLUMNS[MSG_MAX + 1][LEVEL_COLUMN_BYTES + 1] = {
     "[QUIET]", "[ERROR]", "[WARN ]", "[INFO ]", "[DEBUG]", "[TRACE]", "[?    ]"};
 
@@ -113,9 +113,9 @@ static char* put_decorations(char* line, size_t size, const logger* loggers, con
     return position;
 }
 
-// Takes the stream's own lock, which keeps direct writers away and lines apart. Its holder is
-// usually about to be done with one write, which is sooner than this thread could go to sleep and
-// be woken.
+// Takes the stream's own lock, which keeps direct writers away and lines apart. Tries several
+// times, because its holder usually finishes its one write before this thread could sleep and be
+// woken.
 static bool try_to_lock(FILE* stream) {
     for (int attempt = 0; attempt < LOCK_ATTEMPTS; attempt++) {
         if (ftrylockfile(stream) == 0)
@@ -126,9 +126,9 @@ static bool try_to_lock(FILE* stream) {
     return false;
 }
 
-// Takes the module's lock shared, and the stream's own lock once for both calls, which find it
-// taken by this thread. A thread that cannot have the stream's lock waits for it without the
-// module's: otherwise an option that moves the module had to wait for all lines in the queue.
+// Takes the module's lock shared, and the stream's own recursive lock once for both calls. A thread
+// that cannot get the stream's lock waits for it without the module's lock. Otherwise an option
+// that moves the module would have to wait for all lines in the queue.
 static void write_line(logmodule* m, const char* line, size_t length) {
     const CancellationOff cancellation_off;
     struct timespec nap = {0, FIRST_NAP_NANOS};
@@ -168,7 +168,7 @@ void logprint(logger* loggers, logmodule* m, int d, MsgLevel level, const char* 
     osSetLastError(last_error);
 }
 
-// Where lists of arguments are passed by their address, a caller may pass none.
+// Where a va_list is passed as a pointer, a caller may pass null.
 template <typename List>
 static bool is_missing(const List& args) {
     if constexpr (std::is_pointer_v<List>)
@@ -184,7 +184,7 @@ void _logforceprintdecorationsv(logger* loggers, LogModule module, MsgLevel leve
         logprint(loggers, m, decorations, level, fmt, nullptr);
         return;
     }
-    va_list own;  // a parameter's address is not always that of a list
+    va_list own;  // where a va_list is an array, &args is not its address
     va_copy(own, args);
     logprint(loggers, m, decorations, level, fmt, &own);
     va_end(own);

@@ -1,8 +1,8 @@
 // Registration: what happens when a component is loaded.
 //
-// The component's logger is completed with its links before it joins the chain. A linked module
-// follows the newest module of its name among the components loaded before. After it has joined,
-// the logger gets the decorations that an option has asked for earlier.
+// The component's logger gets its links before it joins the chain. A linked module follows the
+// newest module of its name among the components loaded before. After joining, the logger gets the
+// decorations of the latest option.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -21,17 +21,17 @@ static bool is_registered(const logger* log) {
     return false;
 }
 
-// The chain leads to the logger for ever, so closing the object that holds it must not unload it.
-// A logger on the heap is its maker's care, and a main program, whose name here has no slash or is
-// none of a loaded object, stays anyway.
+// The chain refers to the logger forever, so closing the object that holds it must not unload it. A
+// logger on the heap must be kept by its maker. A main program stays loaded anyway; its name here
+// has no slash or is not the name of a loaded object.
 static void keep_object_loaded(const logger* log) {
     Dl_info object;
     if (dladdr(log, &object) != 0 && strchr(object.dli_fname, '/') != nullptr)
         (void)dlopen(object.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-// Makes a linked module start as the one that it follows: with its levels and its stream. Without
-// one it stays an ordinary module for good.
+// Gives a linked module the levels and the stream of the module that it follows. If there is none,
+// it stays without a link.
 static void resolve_link(logmodule* m) {
     logger* log;
     size_t index;
@@ -55,7 +55,7 @@ static bool join_chain(logger* log) {
     const bool joins = !is_registered(log);
     if (joins) {
         log->next = all_loggers.load(std::memory_order_relaxed);
-        // Counted before it can be met: a fork may copy the state in between.
+        // Counted before it is in the chain, because a fork may copy the state in between.
         num_modules.fetch_add(log->num_loggers, std::memory_order_relaxed);
         all_loggers.store(log, std::memory_order_release);
     }
@@ -79,8 +79,8 @@ static size_t earlier_uses(const logger* log, size_t module, const char* name) {
     return uses;
 }
 
-// Tells of names that the compiler accepts, but that options do not reach or take for a target or a
-// quoted value in some places.
+// Warns about names that the compiler accepts, but that options do not reach, or may read as a
+// target or a quoted value.
 static void check_names(const logger* log) {
     for (size_t i = 0; i < log->num_loggers; i++)
         for (const char* name : log->loggers[i].names) {
@@ -95,7 +95,7 @@ static void check_names(const logger* log) {
 
 void _log_add_logger(logger* log) {
     if (is_registered(log))
-        return;  // a second time would make the chain endless
+        return;  // a second time would make the chain a cycle
     keep_object_loaded(log);
     for (size_t i = 0; i < log->num_loggers; i++) {
         log->loggers[i].out = stderr;

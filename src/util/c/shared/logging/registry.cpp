@@ -4,8 +4,8 @@
 // links, before it becomes the head, so lookups may follow the chain without a lock; walks hold
 // loggers_lock shared, which keeps registrations out until they are over.
 //
-// A walk goes from a module back along its links. Since a name means its newest module, a setting
-// aimed at a name reaches every module of that name.
+// A walk goes from a module back along its links. A name means its newest module, so a setting for
+// a name reaches every module of that name.
 
 #include "util/c/shared/logging/logging_internal.h"
 

@@ -6,11 +6,11 @@
 // counting them does nothing and no caller needs a special case.
 //
 // streams_lock guards the list and every count, always exclusively. Nothing in this file takes
-// another lock while holding it. Each step leaves the list such that a fork's child, in which the
-// thread that took it is gone, can use it: a record is whole before it is linked in and unlinked
-// before its file is closed, and counts are never too low. The stores to the list are releases for
-// the child alone, whose memory holds what the other thread stored up to some point: neither
-// compiler nor processor may move the link before the record.
+// another lock while holding it. After each step a fork's child can use the list, although the
+// thread that was changing it does not exist in the child: a record is complete before it is linked
+// in and unlinked before its file is closed, and counts are never too low. The stores to the list
+// are releases only for the child, whose memory holds what the other thread had stored up to some
+// point: neither compiler nor processor may move the link before the record.
 
 #include "util/c/shared/logging/logging_internal.h"
 
@@ -35,7 +35,7 @@ struct fileref {
     log_output f;
     size_t refcount;
     fileref* next;
-    char name[];  // canonical when the platform could tell
+    char name[];  // canonical when the platform could resolve it
 };
 
 #pragma GCC diagnostic pop
@@ -43,7 +43,7 @@ struct fileref {
 static fileref* streams;           // guarded by streams_lock
 static volatile int streams_lock;  // guards the list and every refcount
 
-// In a fork's child: drops what another thread was about to write, which the parent writes.
+// In a fork's child: drops what other threads had not yet written, because the parent writes it.
 static void drop_unwritten() {
     for (const fileref* ref = streams; ref != nullptr; ref = ref->next)
         __fpurge(ref->f);
@@ -103,9 +103,8 @@ static log_output open_stream(const char* filename, char* path, bool existed) {
     return f;
 }
 
-// The stream of a file that is no standard one. Needs streams_lock, also while it looks at the
-// file system: of two threads that name the same new file, the second must find what the first
-// created.
+// The stream of a file that is no standard stream. Needs streams_lock, also while it tests the file
+// system: of two threads that name the same new file, the second must find what the first created.
 static log_output stream_of_file(const char* filename) {
     char path[PATH_BYTES];
     const bool exists =

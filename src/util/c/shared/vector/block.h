@@ -1,8 +1,8 @@
-// A block of 16 bytes, which every processor can look at as a whole.
+// A block of 16 bytes, which SSE2 and NEON handle as one vector.
 //
-// The compiler's vector types have the operators of numbers, byte by byte; a comparison gives a
-// Set, whose bytes are all ones where it holds. What a processor has an instruction of its own for
-// is written out for each kind: the bits of a set.
+// The compiler's vector types have the operators of numbers, applied to each byte. A comparison
+// gives a Set, whose bytes are 0xFF where it holds and 0 elsewhere. Only bits_of() needs different
+// instructions for each kind of processor.
 #ifndef UTIL_C_SHARED_VECTOR_BLOCK_H
 #define UTIL_C_SHARED_VECTOR_BLOCK_H
 
@@ -40,7 +40,7 @@ static inline Set at_most(Block block, unsigned char c) {
 inline constexpr Block BIT_WEIGHTS = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 #endif
 
-// One bit for each byte of the set, the first byte's lowest.
+// One bit for each byte of the set; the first byte has the lowest.
 static inline unsigned bits_of(Set set) {
 #if defined(__SSE2__)
     return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(set)));

@@ -1,7 +1,8 @@
-// VECTOR_BYTES bytes at once. Included by widths.h, once for each width.
+// Operations on vectors of VECTOR_BYTES bytes. Included by widths.h, once for each width.
 //
-// The compiler's vector types have the operators of numbers, byte by byte. Compares are avoided
-// where a bit of the byte can tell as well: with AVX-512 their results are no vectors.
+// The compiler's vector types have the operators of numbers, applied to each byte. Comparisons are
+// avoided where a bit of the byte tells the same, because AVX-512 gives their results as masks, not
+// as vectors.
 
 constexpr ptrdiff_t WIDTH = VECTOR_BYTES;
 
@@ -21,7 +22,7 @@ VECTOR_INLINE Bytes larger(Bytes a, Bytes b) {
     return a > b ? a : b;
 }
 
-// Each byte less c, or 0 when it is smaller than c.
+// Each byte minus c, or 0 when the byte is smaller than c.
 VECTOR_INLINE Bytes reduced(Bytes bytes, unsigned char c) {
     const Bytes all = Bytes{} + c;
 #if VECTOR_BYTES == 64
@@ -57,7 +58,7 @@ VECTOR_INLINE Bytes moved_up(Bytes bytes) {
 }
 
 #if VECTOR_TABLES
-// The entries of a table of 16 for as many indexes, which must be below 16.
+// The table's entry for each of the indexes, which must be below 16.
 VECTOR_INLINE Bytes look_up(const unsigned char (&table)[16], Bytes indexes) {
 #if VECTOR_BYTES == 64
     constexpr __mmask16 ALL = 0xFFFF;  // the unmasked form makes compilers warn
@@ -76,7 +77,7 @@ VECTOR_INLINE Bytes look_up(const unsigned char (&table)[16], Bytes indexes) {
 }
 #endif
 
-// True when a byte is 80 or above.
+// True when any byte is 0x80 or above.
 VECTOR_INLINE bool any_high(Bytes bytes) {
 #if VECTOR_BYTES == 64
     return _mm512_movepi8_mask(reinterpret_cast<__m512i>(bytes)) != 0;
@@ -98,7 +99,7 @@ VECTOR_INLINE bool any_zero(Bytes bytes) {
 #endif
 }
 
-// 64 bytes, of which a word holds one bit each.
+// 64 bytes, as many as a word has bits.
 struct Bytes64 {
     static constexpr int PARTS = 64 / VECTOR_BYTES;
     Bytes part[PARTS];
@@ -112,7 +113,7 @@ VECTOR_INLINE Bytes64 load_64(const unsigned char* p) {
     return bytes;
 }
 
-// The first `count` bytes at p, fewer than 64, and `fill` in place of the others.
+// The first `count` bytes at p (fewer than 64), and `fill` in place of the others.
 VECTOR_INLINE Bytes64 load_first(const unsigned char* p, size_t count, unsigned char fill) {
 #if VECTOR_BYTES == 64
     const __m512i others = _mm512_set1_epi8(static_cast<char>(fill));
@@ -125,7 +126,7 @@ VECTOR_INLINE Bytes64 load_first(const unsigned char* p, size_t count, unsigned 
 #endif
 }
 
-// One bit for each byte that is zero, the first byte's lowest.
+// One bit for each byte that is zero; the first byte has the lowest.
 VECTOR_INLINE u8 zeros(const Bytes64& bytes) {
 #if VECTOR_BYTES == 64
     const __m512i all = reinterpret_cast<__m512i>(bytes.part[0]);

@@ -1,4 +1,4 @@
-// Up to 32 decimal digits at once. Included by kernels.
+// Operations on up to 32 decimal digits. Included by kernels.
 
 #if VECTOR_BYTES >= 32
 using Digits [[gnu::vector_size(32)]] = unsigned char;  // bytes of 0 to 9, the highest digit first
@@ -8,7 +8,7 @@ struct Digits {
 };
 #endif
 
-// The 32 characters from p on as digits, or as bytes above 9.
+// The 32 characters from p on as digits; others than digits become bytes above 9.
 VECTOR_INLINE Digits digits_at(const char* p) {
 #if VECTOR_BYTES >= 32
     Digits characters;
@@ -19,7 +19,7 @@ VECTOR_INLINE Digits digits_at(const char* p) {
 #endif
 }
 
-// One bit for each byte that is no digit, the first byte's lowest.
+// One bit for each byte that is no digit; the first byte has the lowest.
 VECTOR_INLINE unsigned not_digits(Digits digits) {
 #if VECTOR_BYTES == 64
     return _mm256_cmpgt_epu8_mask(reinterpret_cast<__m256i>(digits), _mm256_set1_epi8(9));
@@ -33,14 +33,14 @@ VECTOR_INLINE unsigned not_digits(Digits digits) {
 }
 
 #if VECTOR_BYTES < 64
-// Which of 32 bytes are among the last n: all of them, from LAST + n on.
+// The 32 bytes from LAST + n on are the mask of the last n of 32 bytes.
 alignas(64) constexpr signed char LAST[64] = {
     0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
     0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
     -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
 #endif
 
-// The last n digits (0 to 32) of one vector after the first of another.
+// The last n bytes (0 to 32) are those of `digits`, the others those of `before`.
 VECTOR_INLINE Digits with_last(int n, Digits digits, Digits before) {
 #if VECTOR_BYTES == 64
     const auto last = static_cast<unsigned>(0xFFFF'FFFF'0000'0000 >> n);
@@ -57,13 +57,13 @@ VECTOR_INLINE Digits with_last(int n, Digits digits, Digits before) {
 #endif
 }
 
-// The numbers that the upper and the lower sixteen digits are.
+// The values of the upper and the lower sixteen digits.
 struct Halves {
     u8 upper, lower;
 };
 
-// The digits as numbers; those before the last n are zeros. Neighbours are joined: digits to pairs,
-// pairs to fours, fours to eights, eights to halves.
+// The values of the digits' halves; all digits before the last n are 0. Neighbours are combined:
+// digits to pairs, pairs to fours, fours to eights, eights to halves.
 #if VECTOR_BYTES >= 32
 
 VECTOR_INLINE Halves halves_of(Digits digits, int) {

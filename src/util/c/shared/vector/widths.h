@@ -1,12 +1,11 @@
 // Kernels over vectors of bytes, built for each width that the processor may have.
 //
-// A source defines VECTOR_KERNEL as the name of its kernel's file and includes this header, which
-// includes the kernel once for each width, in the namespaces width_16, width_32 and width_64, after
-// the operations of bytes.inl for that width. Each of the kernel's functions is marked VECTOR_CODE
-// or VECTOR_INLINE, which name the instructions that it may use; VECTOR_TABLES tells whether they
-// include look_up(). A template over the width would
-// need no second file, but compilers do not inline code for special instructions into a template
-// that is compiled without them.
+// A source defines VECTOR_KERNEL as the name of its kernel's file and includes this header. The
+// header includes bytes.inl and the kernel once for each width, in the namespaces width_16,
+// width_32 and width_64. Each function of a kernel is marked VECTOR_CODE or VECTOR_INLINE, which
+// name the instructions that it may use; VECTOR_TABLES is 1 where look_up() exists. A template over
+// the width would need no second file, but compilers do not inline code for AVX2 or AVX-512 into a
+// template that is compiled without them.
 #ifndef UTIL_C_SHARED_VECTOR_WIDTHS_H
 #define UTIL_C_SHARED_VECTOR_WIDTHS_H
 
@@ -23,7 +22,7 @@
 
 #define VECTOR_INLINE VECTOR_CODE [[gnu::always_inline]] static inline
 
-// The base instruction set of x86-64 lacks look_up().
+// SSE2 has no instruction for look_up().
 #define VECTOR_BYTES 16
 #if defined(__SSE2__)
 #define VECTOR_TABLES 0

@@ -18,8 +18,8 @@ import veltra.kestrum.os.NativeLibrary;
 /**
  * A log module of a native component, for logging from Java.
  *
- * <p>Java and native code share the module: its levels, its decorations and its stream. A level
- * that either side sets is seen by the other at once, and option strings reach both alike.
+ * <p>Java and native code share the module: its levels, its decorations and its stream. When one
+ * side sets a level, the other sees it immediately, and option strings reach both.
  *
  * <pre>{@code
  * private static final NativeLogModule GC = NativeLogModule.get("gc");
@@ -41,16 +41,16 @@ public final class NativeLogModule {
         ERROR,
         /** Something is doubtful. */
         WARN,
-        /** Something worth knowing happened. */
+        /** Something of interest happened. */
         INFO,
-        /** Details for whoever looks for a fault. */
+        /** Details that help to find a fault. */
         DEBUG,
         /** Every step. */
         TRACE;
 
         private static final Level[] VALUES = values();
 
-        // A word that names no level enables every message, as the most talkative one does.
+        // A number that names no level enables every message, as TRACE does.
         private static Level of(int word) {
             return word >= 0 && word < VALUES.length ? VALUES[word] : TRACE;
         }
@@ -60,11 +60,11 @@ public final class NativeLogModule {
     public enum Sanity {
         /** Not at all. */
         NONE,
-        /** What costs next to nothing. */
+        /** Checks that cost almost nothing. */
         MINIMAL,
-        /** What a careful user affords. */
+        /** Checks for careful users. */
         CHECK,
-        /** What helps to find a fault. */
+        /** Checks that help to find a fault. */
         DEBUG,
         /** Everything, with a trace. */
         TRACE;
@@ -76,18 +76,19 @@ public final class NativeLogModule {
         }
     }
 
-    // Of a message, in the virtual machine's UTF-8. A character takes at least one of them, so
-    // longer texts need not be handed over whole.
+    // The longest message, in bytes of the virtual machine's UTF-8. A character takes at least one
+    // byte, so longer texts need not be passed whole.
     private static final int MESSAGE_BYTES = 1022;
     private static final ConcurrentMap<String, NativeLogModule> MODULES = new ConcurrentHashMap<>();
-    // Of no module: the native that finds modules is an instance method.
+    // Stands for no module. It is needed because the native that finds modules is an instance
+    // method.
     private static final NativeLogModule FINDER;
 
     static {
         NativeLibrary.load();
         initIDs();
-        // Of the class that native code makes: as long as no program loads another kind of IntBuffer,
-        // the compiler need not ask which one it reads.
+        // A direct buffer, as native code makes them: as long as a program loads no other class of
+        // IntBuffer, compiled code need not test the class on each read.
         ByteBuffer none = ByteBuffer.allocateDirect(Integer.BYTES);
         FINDER = new NativeLogModule(0, new String[] {""}, none, none, 0, 0);
     }
@@ -121,10 +122,10 @@ public final class NativeLogModule {
     /**
      * Finds a module by its name or its alias.
      *
-     * <p>Of several components with a module of that name, the one loaded last is meant, as in
-     * option strings. A module that was found once is remembered under that name: the same name
-     * gives the same object, also after another component with such a module is loaded. Name and
-     * alias give two objects for one module.
+     * <p>When several components have a module of that name, the one loaded last counts, as in
+     * option strings. A module that was found is remembered under that name: the same name gives
+     * the same object, also after another component with such a module is loaded. Name and alias
+     * give two objects for one module.
      *
      * @param name the name or alias; upper and lower case differ
      * @return the module
@@ -176,10 +177,10 @@ public final class NativeLogModule {
     }
 
     /**
-     * Tests whether messages of a level are to be printed, at the price of reading one word.
+     * Tests whether messages of a level are to be printed. The cost is that of reading one word.
      *
      * @param at the message's level
-     * @return true if the module's level is that one or a more talkative one
+     * @return true if the module's level is that one or a more detailed one
      */
     public boolean isEnabled(Level at) {
         return Integer.compareUnsigned(read(level), at.ordinal()) >= 0;
@@ -251,8 +252,7 @@ public final class NativeLogModule {
 
     /**
      * Prints a message if its level is enabled. Where making the text costs something, test
-     * {@link #isEnabled} first and {@link #print} it. Whether the text is null shows only when it is
-     * printed.
+     * {@link #isEnabled} first and {@link #print} it. A null text is noticed only when it is printed.
      *
      * @param at the message's level
      * @param text the finished message
@@ -333,7 +333,8 @@ public final class NativeLogModule {
         return name();
     }
 
-    // The fence makes each call read the word anew, also in a loop that waits for a level to change.
+    // The fence makes each call read the word again, also in a loop that waits for a level to
+    // change.
     private static int read(IntBuffer word) {
         VarHandle.loadLoadFence();
         return word.get(0);

@@ -38,7 +38,7 @@ public final class NativeLibrary {
     }
 
     private static void loadFrom(String folder) {
-        // No Path: its making fails for names that the locale cannot express.
+        // Not a Path, because none can be made from a name that the locale cannot encode.
         String file = new File(folder, System.mapLibraryName(NAME)).getAbsolutePath();
         try {
             System.load(file);

@@ -38,7 +38,7 @@ public final class Timing {
     }
 
     /**
-     * Converts ticks to nanoseconds, cutting off what is less than one.
+     * Converts ticks to nanoseconds, rounding towards zero.
      *
      * @param ticks a reading of the counter, or the difference of two
      * @return the nanoseconds that many ticks take
@@ -47,8 +47,9 @@ public final class Timing {
         return toNanos(ticks, TICKS_PER_SECOND);
     }
 
-    // Whole seconds apart from the rest, so that neither product exceeds a long: not the rest's for
-    // counters of up to 9 GHz, and the seconds' only when the result would.
+    // Converts whole seconds and the rest separately, so that neither product exceeds a long: that
+    // of the rest does not for counters of up to 9 GHz, and that of the seconds only when the
+    // result does.
     static long toNanos(long ticks, long ticksPerSecond) {
         return ticks / ticksPerSecond * NANOS_PER_SECOND
                 + ticks % ticksPerSecond * NANOS_PER_SECOND / ticksPerSecond;

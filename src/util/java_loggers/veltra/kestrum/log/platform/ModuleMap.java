@@ -24,8 +24,8 @@ final class ModuleMap {
 
     private ModuleMap() {}
 
-    // The module of the longest prefix of the name, in whole parts, or else of the bare item.
-    // Empty when there is none, or when it cannot be had, of which standard error is told once.
+    // The module of the longest prefix of the name, in whole parts, or else of the bare item. Empty
+    // when there is none, or when it cannot be used, which is reported once on standard error.
     static Optional<NativeLogModule> moduleOf(String logger) {
         String prefix = logger;
         while (!MODULE_OF_PREFIX.containsKey(prefix)) {

@@ -51,7 +51,7 @@ public final class NativeHandler extends Handler {
     @Override
     public void flush() {}
 
-    /** Does nothing: the modules live on. */
+    /** Does nothing: modules are never closed. */
     @Override
     public void close() {}
 }

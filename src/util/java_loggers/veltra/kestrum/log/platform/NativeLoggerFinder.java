@@ -12,10 +12,11 @@ import veltra.kestrum.log.NativeLogModule;
  * {@code prefix=module}, where the longest prefix in whole parts counts, and of one bare module for
  * all other names, as in {@code com.acme=app,java=jdk,other}.
  *
- * <p>A logger's level is its module's, always the present one. A logger that is mapped to no module,
- * to one that does not exist when the logger is made, or for which the library cannot be loaded, is
- * one of {@code java.util.logging}, or without the module {@code java.logging} prints what is of
- * level INFO or above to standard error. In the last two cases standard error is told once.
+ * <p>A logger always has the present level of its module. If a logger is mapped to no module, or to
+ * one that does not exist when the logger is made, or if the library cannot be loaded,
+ * {@code java.util.logging} takes its messages. Without the Java module {@code java.logging}, those
+ * of level INFO or above go to standard error. A missing log module or library is reported once on
+ * standard error.
  */
 public final class NativeLoggerFinder extends System.LoggerFinder {
     /** For the service loader. */
