@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <vector>
 
 // Formats that the compiler would warn of are meant here.
 #pragma GCC diagnostic ignored "-Wformat-security"
@@ -136,8 +137,10 @@ static void expect_as_platform(const char* format, Args... args) {
 }
 
 TEST(LogSprintf, WritesWhatThePlatformsFormatterWrites) {
-    for (long value : {0L, 1L, -1L, 9L, 10L, 99L, 100L, 1L << 31, -(1L << 31), 999999999999999999L,
-                       1000000000000000000L, LONG_MAX, LONG_MIN}) {
+    std::vector<long> values = {0, -1, 1L << 31, -(1L << 31), LONG_MAX, LONG_MIN};
+    for (long power = 1; power <= LONG_MAX / 10; power *= 10)  // where a digit is added
+        values.insert(values.end(), {10 * power - 1, 10 * power});
+    for (long value : values) {
         const int narrow = static_cast<int>(value);
         expect_as_platform("%d|%i|%u|%x", narrow, narrow, narrow, narrow);
         expect_as_platform("%ld|%lld|%zd|%lu|%llx|%zu", value, value, value, value, value, value);
