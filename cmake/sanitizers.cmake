@@ -11,6 +11,7 @@ elseif(KX_INSTRUMENT STREQUAL "thread")
 elseif(KX_INSTRUMENT STREQUAL "coverage")
     add_compile_options(--coverage -fprofile-update=atomic)  # threads share the counters
     add_link_options(--coverage)
+    add_compile_definitions(KX_COVERAGE)
 elseif(NOT KX_INSTRUMENT STREQUAL "")
     message(FATAL_ERROR "KX_INSTRUMENT: '${KX_INSTRUMENT}' is not address, thread or coverage")
 endif()

@@ -41,6 +41,7 @@ static string walk(const string& text, char delim) {
     }
     argIterNext(&iter);  // stays at the end
     EXPECT_TRUE(argIterDone(&iter) && iter.n_len + iter.v_len == 0);
+    EXPECT_FALSE(argIterGetNext(&iter, nullptr, nullptr));
     return items;
 }
 

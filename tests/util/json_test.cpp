@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <clocale>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -234,6 +235,22 @@ TEST(Json, NestsParses) {
     expect_nested("[[\nx]]", false, "stop, line 2, \"x]]\";first;stop, line 2, \"x]]\";second;");
     expect_nested("[[[1]]]", true, "stop, line 1, \"[1]]]\";first;");
     expect_nested("[" + string(1000, 'i') + "}", true, "Missing value, line 1, \"}\";first;");
+}
+
+// Beyond ASCII a locale may have white space, on which C libraries disagree.
+TEST(Json, SkipsTheLocalesSpacesInFrontOfHexadecimalDigits) {
+    const auto outcome = [](wchar_t c) {
+        char space[3];
+        const string text = "['\\u" + string(space, wchar2utf8(space, c)) + " 41']";
+        return json_outcome(text.c_str()).line();
+    };
+    for (const char* locale : {"C.UTF-8", "C"}) {
+        ASSERT_NE(setlocale(LC_ALL, locale), nullptr);
+        for (wchar_t c : {0x1680, 0x2000, 0x200A, 0x2028, 0x2029, 0x205F, 0x3000})
+            EXPECT_EQ(outcome(c) == "['A',],", locale[1] != '\0') << int{c};
+        for (wchar_t c : {0xE9, 0x1FFF, 0x2007, 0x200B, 0x3001})
+            EXPECT_TRUE(outcome(c).starts_with("[! Bad format number")) << int{c};
+    }
 }
 
 static void expect_deep(const string& document, const string& events) {
