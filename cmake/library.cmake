@@ -16,6 +16,9 @@ function(kx_add_library name map)
     target_link_options(${name} PRIVATE
         "LINKER:--version-script=${map}" LINKER:-Bsymbolic-functions
         LINKER:--no-undefined-version LINKER:-z,relro,-z,now,-z,noexecstack,-z,text)
+    if(KX_INSTRUMENT STREQUAL "coverage")  # each copy of an inlined function counts branches of its own
+        target_compile_definitions(${name} PRIVATE always_inline=unused)
+    endif()
     if(KX_HAS_VERSION_NOTE)
         target_link_options(${name} PRIVATE "${KX_VERSION_NOTE}")
     endif()

@@ -12,7 +12,7 @@
 #include <string.h>
 
 // Not static: C has a warning for static functions in bodies that others may inline.
-#define DYNARRAY_HELPER __attribute__((gnu_inline, always_inline)) extern inline
+#define DYNARRAY_HELPER __attribute__((gnu_inline, __always_inline__)) extern inline
 
 #ifdef __cplusplus
 extern "C" {
