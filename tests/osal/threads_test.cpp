@@ -66,7 +66,7 @@ TEST(RwLock, WritersExcludeEverybodyAndNobodyIsForgotten) {
 
 // The holds of other threads end in the child; those of the thread that forked go on.
 TEST(Ids, AreRightInEveryThreadAndInAChildThatHasTheHoldsOfItsThread) {
-    static volatile int others, mine, both, written;
+    static volatile int others, mine, both, written, many[16];  // more than a thread lists
     std::barrier meeting(2);
     std::jthread other([&] {
         EXPECT_TRUE(ids_are_right() && ids_are_right());  // the second answer is the kept one
@@ -82,6 +82,8 @@ TEST(Ids, AreRightInEveryThreadAndInAChildThatHasTheHoldsOfItsThread) {
         rwReadLock(word);
     rwReadUnlock(&both);  // in another order
     rwWriteLock(&written);
+    for (volatile int& word : many)
+        rwReadLock(&word);
     EXPECT_TRUE(ids_are_right() && ids_are_right());
     const pid_t child = fork();
     if (child == 0) {
@@ -92,7 +94,11 @@ TEST(Ids, AreRightInEveryThreadAndInAChildThatHasTheHoldsOfItsThread) {
     for (volatile int* word : {&mine, &mine, &both})
         rwReadUnlock(word);
     rwWriteUnlock(&written);
+    for (volatile int& word : many)
+        rwReadUnlock(&word);
     if (child == 0) {
+        for (volatile int& word : many)
+            rwWriteLock(&word);
         for (volatile int* word : {&others, &mine})
             rwReadUnlock(word);
         for (volatile int* word : {&others, &mine, &both, &written})
