@@ -22,11 +22,11 @@ static const char* const ESCAPES[] = {
 // clang-format on
 #define PICK(list) list[rand_below(sizeof list / sizeof *list)]
 
-static unsigned long seed;
+static unsigned long state;
 
 static unsigned rand_below(size_t end) {
-    seed = seed * 6364136223846793005 + 1442695040888963407;
-    return (unsigned)((seed >> 33) % end);
+    state = state * 6364136223846793005 + 1442695040888963407;
+    return (unsigned)((state >> 33) % end);
 }
 
 static void print_event(JSONType type, const JSONVal* value, void* arg) {

@@ -1,6 +1,6 @@
 // Runs a fuzz target as a test: on its corpus, and on random mixtures of the corpus and the words
-// of its dictionary. The seed is fixed, so each run tries the same inputs. An input that ends the
-// program is printed as hexadecimal digits.
+// of its dictionary. Each run tries the same inputs. An input that ends the program is printed as
+// hexadecimal digits.
 //
 //     PROGRAM CORPUS-FOLDER DICTIONARY
 
