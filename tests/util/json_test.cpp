@@ -247,9 +247,9 @@ TEST(Json, SkipsTheLocalesSpacesInFrontOfHexadecimalDigits) {
     for (const char* locale : {"C.UTF-8", "C"}) {
         ASSERT_NE(setlocale(LC_ALL, locale), nullptr);
         for (wchar_t c : {0x1680, 0x2000, 0x200A, 0x2028, 0x2029, 0x205F, 0x3000})
-            EXPECT_EQ(outcome(c) == "['A',],", locale[1] != '\0') << int{c};
+            EXPECT_EQ(outcome(c) == "['A',],", locale[1] != '\0') << static_cast<unsigned>(c);
         for (wchar_t c : {0xE9, 0x1FFF, 0x2007, 0x200B, 0x3001})
-            EXPECT_TRUE(outcome(c).starts_with("[! Bad format number")) << int{c};
+            EXPECT_TRUE(outcome(c).starts_with("[! Bad format number")) << static_cast<unsigned>(c);
     }
 }
 
