@@ -42,7 +42,7 @@ struct BigInteger {
 
 // Powers are truncated to their leading bits, except the reciprocals down to 5^-27, which are
 // rounded up.
-constexpr PowersOfFive make_powers() {
+constexpr PowersOfFive make_powers() noexcept {
     constexpr int LAST_ROUNDED_UP = -27;
     PowersOfFive powers = {};
     const auto set = [&](int power, uint128 bits) {
