@@ -17,7 +17,7 @@ build_as_documented "$source" "$scratch/tree" debian ""
 packages=("$scratch"/tree/build/debian/*.deb)
 for package in "${packages[@]}"; do
     dpkg-deb -f "$package" Package Version Depends | sed -E 's/ \(>= [0-9.]+\)//' | sed 's/^.*: //' | paste -sd ' '
-    dpkg-deb -x "$package" "$scratch/root"
+    dpkg-deb -x "$package" "$scratch/unpacked"
 done > "$scratch/fields"
 diff - "$scratch/fields" << EOF
 libkxutil-dbg $VERSION libkxutil (= $VERSION)
@@ -29,4 +29,4 @@ lintian --allow-root --fail-on none "${packages[@]}" > "$scratch/log" 2>&1
 # The owners have not chosen a licence yet.
 check "lintian" "" "$(grep '^E:' "$scratch/log" | grep -v no-copyright-file || true)"
 LIBDIR=lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH) PKG_CONFIG=pkg-config \
-    PKG_CONFIG_SYSROOT_DIR=$scratch/root "$here/use_installed.sh" "$scratch/root/usr" "$scratch"
+    PKG_CONFIG_SYSROOT_DIR=$scratch/unpacked "$here/use_installed.sh" "$scratch/unpacked/usr" "$scratch"
